@@ -1,0 +1,75 @@
+# The build's own vocabulary: one interface target with every flag, and one function per kind of target.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTORCC ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+# Language and warning flags for all of the project's own code.
+add_library(larkspire_flags INTERFACE)
+target_compile_options(larkspire_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(LARKSPIRE_SANITIZE)
+  target_compile_options(larkspire_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  target_link_options(larkspire_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# The same, and Qt's strict switches, for code that uses Qt.
+add_library(larkspire_qt_flags INTERFACE)
+target_link_libraries(larkspire_qt_flags INTERFACE larkspire_flags)
+target_compile_definitions(larkspire_qt_flags INTERFACE
+  QT_NO_CAST_FROM_ASCII
+  QT_NO_CAST_TO_ASCII
+  QT_NO_CAST_FROM_BYTEARRAY
+  QT_NO_URL_CAST_FROM_STRING
+  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+  QT_NO_FOREACH
+  QT_STRICT_ITERATORS
+  QT_DEPRECATED_WARNINGS)
+
+# larkspire_library(NAME SOURCES file... [LINK target...] [LINK_PRIVATE target...])
+# A static library of the desktop. Headers are included as "folder/Class.h" from src/.
+function(larkspire_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LINK_PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+  target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE larkspire_qt_flags ${ARG_LINK_PRIVATE})
+endfunction()
+
+# larkspire_test(NAME [DISPLAY] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+# A Qt Test program under CTest. Without DISPLAY it runs on the offscreen platform; with DISPLAY it runs
+# on a virtual X server of its own with a window manager and a tray.
+function(larkspire_test name)
+  cmake_parse_arguments(ARG "DISPLAY" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
+  if(ARG_DISPLAY)
+    add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tests/support/with-display" $<TARGET_FILE:${name}>)
+    set(platform xcb)
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+    set(platform offscreen)
+  endif()
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT}
+    LABELS "${ARG_LABELS}"
+    ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# larkspire_benchmark(NAME SOURCES file... [LINK target...])
+# A Google Benchmark program; not part of the test run.
+function(larkspire_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE larkspire_qt_flags benchmark::benchmark ${ARG_LINK})
+endfunction()
