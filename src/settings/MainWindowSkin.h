@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QPalette>
+#include <QString>
+
+/// The main window's skin layer, laid over ThemeManager's palette for the whole application. The light skin
+/// has nothing here: it is the style's standard palette and no style sheet.
+namespace MainWindowSkin {
+
+QPalette darkPalette();
+QString darkStyleSheet();
+
+} // namespace MainWindowSkin
