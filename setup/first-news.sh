@@ -1,0 +1,34 @@
+# shellcheck shell=bash
+# Sourced by ./run on a virtual display: waits until news is really on screen and takes the pictures.
+# shellcheck disable=SC2154  # state and desktop are set by ./run
+
+main_window() { xdotool search --onlyvisible --name '^云雀资讯$' 2>/dev/null | head -n 1; }
+main_window_visible() { [ -n "$(main_window)" ]; }
+
+# How many different colours the news table's part of the window shows: an empty table has a handful, text has
+# hundreds because its edges are smoothed.
+colours_below_details() {
+    import -silent -window "$(main_window)" -crop 100%x40%+0+340 +repage -format '%k' info: 2>/dev/null || echo 0
+}
+news_on_screen() { [ "$(colours_below_details)" -gt 100 ]; }
+# The desktop lives as long as the wait makes sense.
+or_desktop_gone() { "$@" || ! kill -0 "$desktop" 2>/dev/null; }
+
+show_first_news() {
+    local picture
+    say "Waiting for the login"
+    wait_until 60 or_desktop_gone main_window_visible || fail "no window within 60 seconds; see $state/desktop.log"
+    kill -0 "$desktop" 2>/dev/null || fail "the desktop ended: $(tail -n 1 "$state/desktop.log")"
+    say "Waiting for the first news"
+    wait_until 60 or_desktop_gone news_on_screen || fail "no news on screen within 60 seconds; see $state/desktop.log and $state/service.log"
+    kill -0 "$desktop" 2>/dev/null || fail "the desktop ended: $(tail -n 1 "$state/desktop.log")"
+    picture=$PWD/$state/main-window.png
+    import -silent -window "$(main_window)" "$picture" || fail "no picture of the window could be taken"
+    say "Publishing an item that matches a keyword, and waiting for its popup"
+    publish_keyword_item || fail "the service did not take the item; see $state/service.log"
+    wait_until 60 or_desktop_gone popup_visible || fail "no popup within 60 seconds; see $state/desktop.log"
+    wait_until 5 popup_painted || fail "the popup stayed empty"
+    import -silent -window root "$PWD/$state/popup.png" || fail "no picture of the screen could be taken"
+    echo "$picture"
+    echo "$PWD/$state/popup.png"
+}
