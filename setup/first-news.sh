@@ -11,6 +11,19 @@ colours_below_details() {
     import -silent -window "$(main_window)" -crop 100%x40%+0+340 +repage -format '%k' info: 2>/dev/null || echo 0
 }
 news_on_screen() { [ "$(colours_below_details)" -gt 100 ]; }
+# The popup is the desktop's only window that is 640 wide.
+popup() {
+    local window
+    for window in $(xdotool search --onlyvisible --pid "$desktop" 2>/dev/null); do
+        if xdotool getwindowgeometry "$window" 2>/dev/null | grep -q 'Geometry: 640x'; then
+            echo "$window"
+            return 0
+        fi
+    done
+    return 1
+}
+popup_visible() { [ -n "$(popup)" ]; }
+popup_painted() { [ "$(import -silent -window "$(popup)" -format '%k' info: 2>/dev/null || echo 0)" -gt 20 ]; }
 # The desktop lives as long as the wait makes sense.
 or_desktop_gone() { "$@" || ! kill -0 "$desktop" 2>/dev/null; }
 
