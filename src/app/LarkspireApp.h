@@ -1,0 +1,232 @@
+#pragma once
+
+#include "accounts/AuthTypes.h"
+#include "newsclient/NewsRecords.h"
+#include "settings/AppConfig.h"
+
+#include <QDateTime>
+#include <QJsonObject>
+#include <QList>
+#include <QMainWindow>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QSystemTrayIcon>
+
+#include <functional>
+#include <memory>
+
+class ApiClient;
+class AuthManager;
+class AutoStartManager;
+class CustomNotification;
+class QAction;
+class QMenu;
+class QNetworkAccessManager;
+class QTableWidget;
+class QTextBrowser;
+class QThread;
+class QTimer;
+class QUrl;
+class SoundReminder;
+class SpeechManager;
+struct MainWindowUi;
+
+/// The program's one main window and the owner of everything else: it creates every manager and page as a Qt
+/// child, holds the running copy of the settings, wires all signals, and runs the news cycle. It is built
+/// hidden; a successful login shows it.
+///
+/// Widgets keep the object names of MainWindowUi, managers are found as children by their type.
+class LarkspireApp final : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Builds everything, reads the settings and starts the automatic login; its answer arrives in the event
+    /// loop. The application object and the program's identity must stand.
+    LarkspireApp();
+    /// Stops the timers, switches speech off and stores the settings.
+    ~LarkspireApp() override;
+    Q_DISABLE_COPY_MOVE(LarkspireApp)
+
+    /// Brings a hidden, minimised or covered window to the front with the focus, about 200 ms later. With
+    /// "Features/RememberWindowState" on, it comes back at its stored place.
+    void showAndActivateWindow();
+
+private slots:
+    // The news cycle.
+    void onRefreshTimer();
+    void onRefreshButtonClicked();
+    void onNewsReceived(const QList<NewsData> &newsList, int totalCount);
+    void onIncrementalNewsReceived(const QList<NewsData> &newsList);
+    void onLatestNewsReceived(const QList<NewsData> &newsList);
+    void onApiError(const QString &errorMessage);
+    void onNetworkError(const QString &errorMessage);
+    void onAuthenticationFailed(const QString &reason);
+    void onAuthenticationRequired();
+    void onDevicesReceived(const QList<DeviceData> &devices);
+    void onDeviceRemoved(const QString &deviceId);
+    void onDeviceLimitExceeded(const QString &message);
+    void onLoginFinished(bool success, const QString &message);
+    void onAuthStatusChanged(AuthStatus status);
+    void onSessionExpired();
+    void onRefreshIntervalChanged(int interval);
+
+    // The frame.
+    void onConfigButtonClicked();
+    void onKeywordManagerClicked();
+    void onAboutClicked();
+    void onWebsiteClicked();
+    void onUpdateClicked();
+    void onToggleThemeClicked();
+    void onExitClicked();
+    void onTopMostToggled(bool enabled);
+    void onNotificationToggled(bool enabled);
+    void onSoundToggled(bool enabled);
+    void onTTSToggled(bool enabled);
+    void onVolumeChanged(int volume);
+    void hideVolumeDisplay();
+    void updateVolumeTooltipPosition();
+    void onVolumeSliderEnter();
+    void onVolumeSliderLeave();
+    void onNewsItemClicked(int row, int column);
+    void onNewsItemDoubleClicked(int row, int column);
+    void onInteractivePlatformItemClicked(int row, int column);
+    void onInteractivePlatformItemDoubleClicked(int row, int column);
+    void onSelectedNewsItemClicked(int row, int column);
+    void onSelectedNewsItemDoubleClicked(int row, int column);
+    void onSearchResultItemClicked(int row, int column);
+    void onSearchResultItemDoubleClicked(int row, int column);
+    void onUserInfoButtonClicked();
+    void onCustomerServiceClicked();
+    void onLoginClicked();
+    void onSelectLoginMethodClicked();
+    void onUserInfoReceived(const QJsonObject &userInfo);
+    void updateUserStatusDisplay();
+    void refreshUserStatusFromAuth();
+    void onLoginSuccessful(bool success, const QString &message);
+    void onSearchTextChanged(const QString &text);
+    void onTabChanged(int index);
+    void onStockAnalysisTabChanged();
+    void onStockCodeChanged(const QString &code);
+    void onSearchStockNameRequested(const QString &stockName);
+    void onDetailsLinkClicked(const QUrl &link);
+    void onTrayIconActivated(QSystemTrayIcon::ActivationReason reason);
+    void onTrayMenuTriggered(QAction *action);
+    void onTrayMessageClicked();
+    void showAboutDialog();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    /// The tests' way to the clock and to the parts that no signal reaches yet.
+    friend class LarkspireAppAccess;
+
+    // Construction and settings.
+    void createManagers();
+    void readConfig();
+    void buildInterface();
+    void setupTrayIcon();
+    void setupConnections();
+    void setupTables();
+    void applyConfig(bool showWindow);
+    void applyTheme(bool dark);
+    void saveSettings();
+    /// Takes over what the settings dialog returned, except the top-most flag and the volume, which it does
+    /// not own; stores and applies it.
+    void adoptConfig(const AppConfig &edited);
+    /// Enters or removes the program at the system's start; on failure says so and restores the old flag.
+    void changeAutoStart(bool wasEnabled);
+    void restartSpeechPump();
+
+    // The window.
+    /// Whether the program may end: asks when it could live on in the tray instead.
+    bool confirmExit();
+    bool trayVisible() const;
+    /// Sets the window flags and puts a window that they have hidden back where it was.
+    void changeWindowFlags(Qt::WindowFlags flags);
+    void updateTopMostAction(bool enabled);
+    void toggleTopMostFromTray();
+    void setDetailsVisible(bool visible);
+    /// A message at the tray icon; skipped when the icon is absent or hidden.
+    void showTrayMessage(const QString &title, const QString &text, QSystemTrayIcon::MessageIcon icon,
+                         int durationMs);
+
+    // The news cycle.
+    void refreshNews();
+    void displayNews(const QList<NewsData> &newsList);
+    /// Puts the unknown items of the list in front of the table; false when there is none.
+    bool mergeIncrementalNews(const QList<NewsData> &newsList);
+    void processNewsAlerts(const QList<NewsData> &newsList);
+    void checkApiConnection();
+    /// The interval of the tick in seconds: the configured one, never below ten.
+    static int effectiveRefreshInterval(int seconds);
+    void startRefreshTimer();
+    void setStatusText(const QString &text, const QString &style = QString());
+
+    // Tables and details.
+    void fillNewsRow(int row, const NewsData &item);
+    void fillInteractiveRow(int row, const NewsData &item);
+    void fillSelectedRow(int row, const NewsData &item);
+    void fillSearchRow(int row, const NewsData &item);
+    void showNewsDetails(const NewsData &item);
+    void showInteractiveDetails(const NewsData &item);
+    void showSelectedDetails(const NewsData &item);
+    void showSearchDetails(const NewsData &item);
+    /// Month and day over hour and minute, on two lines.
+    static QString formatShortTime(const QDateTime &time);
+    void speakTitle(const NewsData &item);
+
+    // The account.
+    void startNewsCycle();
+    void passCredentialsToClient();
+    void showLoginPrompt();
+
+    std::unique_ptr<MainWindowUi> m_ui;
+
+    QPointer<QSystemTrayIcon> m_trayIcon;
+    QMenu *m_trayMenu = nullptr;
+    QAction *m_showAction = nullptr;
+    QAction *m_hideAction = nullptr;
+    QAction *m_exitAction = nullptr;
+    QAction *m_topMostAction = nullptr;
+
+    QTimer *m_refreshTimer = nullptr;
+    QTimer *m_speechPumpTimer = nullptr;
+    QTimer *m_volumeHideTimer = nullptr;
+
+    QPointer<ApiClient> m_apiClient;
+    QPointer<SpeechManager> m_speechManager;
+    QPointer<SoundReminder> m_soundReminder;
+    QPointer<AutoStartManager> m_autoStartManager;
+    QPointer<AuthManager> m_authManager;
+    QPointer<CustomNotification> m_customNotification;
+    QNetworkAccessManager *m_networkManager = nullptr;
+    QThread *m_workerThread = nullptr;
+
+    AppConfig m_config;
+    QJsonObject m_userInfo;
+    bool m_autoLoginPending = false;
+    bool m_hiddenByMinimize = false;
+
+    QString m_lastNewsId;
+    QDateTime m_lastNewsTime;
+    QDateTime m_lastUpdateTime;
+    bool m_initialLoadDone = false;
+    int m_totalNewsCount = 0;
+    int m_keywordNewsCount = 0;
+    QStringList m_notifiedNewsIds;
+    bool m_handlingAuthFailure = false;
+
+    QList<NewsData> m_searchResults;
+    QList<NewsData> m_interactiveNews;
+    QList<NewsData> m_selectedNews;
+
+    std::function<QDateTime()> m_clock = [] { return QDateTime::currentDateTime(); };
+};
