@@ -1,0 +1,8 @@
+#include "resources/LarkspireResources.h"
+
+#include <QtGlobal>
+
+void initLarkspireResources()
+{
+    Q_INIT_RESOURCE(larkspire);
+}

@@ -1,0 +1,10 @@
+# Makes the chime anew and compares it with the committed file.
+execute_process(COMMAND "${PYTHON}" "${RESOURCES}/make-sound.py" "${MADE}" RESULT_VARIABLE result)
+if(result)
+  message(FATAL_ERROR "make-sound.py failed: ${result}")
+endif()
+file(SHA256 "${MADE}" made)
+file(SHA256 "${RESOURCES}/media/tip.wav" committed)
+if(NOT made STREQUAL committed)
+  message(FATAL_ERROR "resources/media/tip.wav is not what make-sound.py makes; run the script and commit its output")
+endif()
