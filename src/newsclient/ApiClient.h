@@ -12,6 +12,7 @@
 
 class QNetworkAccessManager;
 class QTimer;
+struct ReplyFailure;
 
 /// The program's client of the REST news service: builds every request, limits its time, routes its reply to
 /// a signal and turns its failure into one. Nothing is retried: a request that timed out is over.
@@ -171,11 +172,13 @@ private:
     void startOperation(const QString &tag, const QString &path, const QString &method,
                         const QJsonObject &body = {});
     void sendRequest(const QString &path, const QString &method, const QJsonObject &body);
+    void sendPendingRequest();
 
+    void report(const ReplyFailure &failure);
     void routeReply(const QNetworkReply &reply, const QJsonObject &object);
     void finishConnectionTest(const QJsonObject &object);
-    void takeOverLogin(const QJsonObject &data);
-    void takeOverCodeLogin(const QJsonObject &object);
+    void finishLogin(const QJsonObject &object);
+    void finishCodeLogin(const QJsonObject &object);
     void adoptRolledToken(const QJsonObject &object);
 
     QNetworkAccessManager *m_networkManager;
