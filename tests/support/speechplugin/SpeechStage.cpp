@@ -1,0 +1,35 @@
+#include "support/speechplugin/SpeechStage.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+SpeechStage &SpeechStage::instance()
+{
+    static SpeechStage stage;
+    return stage;
+}
+
+void SpeechStage::install()
+{
+    // Among several engines QTextToSpeech's default is the first in the order of a hash, another one at every
+    // run. It looks for engines once in a process: at that moment it is to see the staged one alone.
+    const QStringList paths = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({QStringLiteral(LARKSPIRE_TEST_PLUGINS)});
+    const QStringList engines = QTextToSpeech::availableEngines();
+    QCoreApplication::setLibraryPaths(paths);
+    if (engines != QStringList{QStringLiteral("staged")})
+        qFatal("The staged speech engine is not the only one: %s",
+               qPrintable(engines.join(QStringLiteral(", "))));
+}
+
+void SpeechStage::reset()
+{
+    const SpeechStage fresh;
+    creation = fresh.creation;
+    firstState = fresh.firstState;
+    locales = fresh.locales;
+    locale = fresh.locale;
+    speaksAtOnce = fresh.speaksAtOnce;
+    m_said.clear();
+    m_stopCount = 0;
+}
