@@ -11,9 +11,11 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class QNetworkAccessManager;
 class QTimer;
+class QUrl;
 
 /// The only holder of the login state: keeps the stored credentials, logs in at start, talks to the service's
 /// "/auth/" endpoints with a network manager of its own, validates the session every 30 minutes and tells
@@ -109,11 +111,17 @@ private:
     };
 
     bool send(const QString &endpoint, const QJsonObject &body, ReplySlot slot, const Headers &headers = {});
-    void finish(ResultSignal result, ReplySlot slot);
+    bool sendOrReport(const QString &endpoint, const QJsonObject &body, ReplySlot slot, ResultSignal result,
+                      const Headers &headers = {});
+    bool canBeAsked(const QUrl &url) const;
+    static QString requestFailedText();
+
+    std::optional<QJsonObject> takeAnswer(ResultSignal result, bool keepsLastError);
+    void finishByMessage(ResultSignal result);
+
     void saveCredentials() const;
-    void setNotAuthenticated();
+    void setStatus(AuthStatus status);
     Attempts attempt(const std::function<bool()> &operation);
-    void reportNetworkFailure();
 
     QNetworkAccessManager *m_networkManager;
     QTimer *m_sessionTimer; ///< every 30 minutes, from a login by password or key until logout
