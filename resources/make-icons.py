@@ -15,6 +15,8 @@ APP_SIZES = (16, 20, 24, 32, 40, 48, 64, 128, 256)
 # The popup shows its icon at 24; four times that is sharp at every usual scaling and for the tray.
 IMAGE_SIZE = 96
 IMAGES = ("keyword", "alert")
+# The tick of a checked box on the dark skin: drawn for one and for two device pixels per pixel.
+TICK_SIZES = {"tick.png": 13, "tick@2x.png": 26}
 # At the smallest sizes a stroke of the grid's 1.75 is little more than one pixel and fades; a wider one holds.
 SMALL_SIZE = 20
 STROKE, SMALL_STROKE = b'stroke-width="1.75"', b'stroke-width="2.25"'
@@ -100,6 +102,9 @@ def main() -> None:
     (HERE / "icons/app.ico").write_bytes(icon(images))
     for name in IMAGES:
         (HERE / f"images/{name}.png").write_bytes(render((HERE / f"svg/{name}.svg").read_bytes(), IMAGE_SIZE))
+    tick = (HERE / "svg/tick.svg").read_bytes()
+    for name, size in TICK_SIZES.items():
+        (HERE / f"images/{name}").write_bytes(render(tick, size))
 
 
 if __name__ == "__main__":

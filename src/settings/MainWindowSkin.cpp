@@ -25,6 +25,8 @@ QPalette MainWindowSkin::darkPalette()
 
 QString MainWindowSkin::darkStyleSheet()
 {
+    // Qt 5's style sheets load images from files only, so the inline tick never shows by itself: the same
+    // drawing from the compiled-in files takes its place.
     return QStringLiteral(R"(
 QMainWindow { background-color: #353535; color: white; }
 QTableWidget {
@@ -59,7 +61,8 @@ QCheckBox::indicator { width: 13px; height: 13px; border: 1px solid #555555; bac
 QCheckBox::indicator:checked {
     border: 1px solid #42a5f5;
     background-color: #42a5f5;
-    image: url("data:image/svg+xml;utf8,<svg xmlns='http://www.w3.org/2000/svg' width='13' height='13' viewBox='0 0 13 13'><path d='M10.5 3.5 L4.5 9.5 L2.5 7.5' stroke='white' stroke-width='2' fill='none' stroke-linecap='round' stroke-linejoin='round'/></svg>");
+    image: url("data:image/svg+xml;utf8,<svg xmlns='http://www.w3.org/2000/svg' width='13' height='13' viewBox='0 0 13 13'><path d='M10.5 3.5 L4.5 9.5 L2.5 7.5' stroke='white' stroke-width='2' fill='none' stroke-linecap='round'/></svg>");
+    image: url(":/images/tick.png");
 }
 QCheckBox::indicator:checked:hover { background-color: #64b5f6; }
 QStatusBar { background-color: #353535; color: white; }
