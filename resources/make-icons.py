@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Draws the icons that are compiled in from the line art in svg/. Needs rsvg-convert (Debian: librsvg2-bin).
+"""Draws the icons that are compiled in from the line art in svg/. Needs rsvg-convert and qrencode (Debian: librsvg2-bin,
+qrencode).
 
     resources/make-icons.py
 
@@ -15,6 +16,10 @@ APP_SIZES = (16, 20, 24, 32, 40, 48, 64, 128, 256)
 # The popup shows its icon at 24; four times that is sharp at every usual scaling and for the tray.
 IMAGE_SIZE = 96
 IMAGES = ("keyword", "alert")
+# The picture on the user card is clipped to a circle of 60.
+AVATAR_SIZE = 240
+# What the code on the customer service dialog leads to, and the pixels per module: large enough for a phone's camera.
+SUPPORT_LINK, MODULE_SIZE = "https://www.larkspire.example/support/chat", 12
 # The tick of a checked box on the dark skin: drawn for one and for two device pixels per pixel.
 TICK_SIZES = {"tick.png": 13, "tick@2x.png": 26}
 # At the smallest sizes a stroke of the grid's 1.75 is little more than one pixel and fades; a wider one holds.
@@ -102,6 +107,9 @@ def main() -> None:
     (HERE / "icons/app.ico").write_bytes(icon(images))
     for name in IMAGES:
         (HERE / f"images/{name}.png").write_bytes(render((HERE / f"svg/{name}.svg").read_bytes(), IMAGE_SIZE))
+    (HERE / "images/user_pro.png").write_bytes(render((HERE / "svg/user_pro.svg").read_bytes(), AVATAR_SIZE))
+    subprocess.run(["qrencode", "--level", "M", "--size", str(MODULE_SIZE), "--margin", "2",
+                    "--output", str(HERE / "images/wxqrcode.png"), SUPPORT_LINK], check=True)
     tick = (HERE / "svg/tick.svg").read_bytes()
     for name, size in TICK_SIZES.items():
         (HERE / f"images/{name}").write_bytes(render(tick, size))

@@ -43,6 +43,8 @@ private slots:
         QTest::newRow("icon of the program") << QStringLiteral(":/icons/app.ico");
         QTest::newRow("picture of a popup") << QStringLiteral(":/images/keyword.png");
         QTest::newRow("picture of an alert") << QStringLiteral(":/images/alert.png");
+        QTest::newRow("picture on the user card") << QStringLiteral(":/images/user_pro.png");
+        QTest::newRow("code of the customer service") << QStringLiteral(":/images/wxqrcode.png");
         QTest::newRow("chime") << QStringLiteral(":/media/tip.wav");
     }
 
