@@ -23,12 +23,18 @@ constexpr int searchLimit = 100;
 
 using QueryItems = QList<QPair<QString, QString>>;
 
-/// A path with its query. Values are opaque texts: "+", "%", "&" and "#" arrive as they are.
+/// A value as it stands in a query. It is an opaque text: "+", "%", "&" and "#" arrive as they are. An empty
+/// one is not null, so that its "=" is kept.
+QString queryValue(const QString &text)
+{
+    return text.isEmpty() ? QStringLiteral("") : QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
+
 QString pathWithQuery(const QString &path, const QueryItems &items)
 {
     QUrlQuery query;
     for (const auto &item : items)
-        query.addQueryItem(item.first, QString::fromLatin1(QUrl::toPercentEncoding(item.second)));
+        query.addQueryItem(item.first, queryValue(item.second));
     return path + QLatin1Char('?') + query.toString(QUrl::FullyEncoded);
 }
 

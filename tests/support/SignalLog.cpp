@@ -7,22 +7,7 @@
 
 #include <algorithm>
 
-namespace {
-
-QString describe(const QVariant &value)
-{
-    if (value.userType() == QMetaType::QJsonObject)
-        return QString::fromUtf8(QJsonDocument(value.toJsonObject()).toJson(QJsonDocument::Compact));
-    if (value.canConvert<QString>())
-        return value.toString();
-    if (value.canConvert<int>())
-        return QString::number(value.toInt());
-    return QString::fromLatin1(value.typeName());
-}
-
-} // namespace
-
-SignalLog::SignalLog(QObject &object)
+SignalLog::SignalLog(QObject &object, const Describer &describer) : m_describer(describer)
 {
     const QMetaObject &type = *object.metaObject();
     for (int index = type.methodOffset(); index < type.methodCount(); ++index) {
@@ -59,6 +44,20 @@ int SignalLog::qt_metacall(QMetaObject::Call call, int id, void **arguments)
         entry.arguments.append(QVariant(source.argumentTypes.at(i), arguments[i + 1]));
     m_entries.append(entry);
     return -1;
+}
+
+QString SignalLog::describe(const QVariant &value) const
+{
+    const QString text = m_describer ? m_describer(value) : QString();
+    if (!text.isNull())
+        return text;
+    if (value.userType() == QMetaType::QJsonObject)
+        return QString::fromUtf8(QJsonDocument(value.toJsonObject()).toJson(QJsonDocument::Compact));
+    if (value.canConvert<QString>())
+        return value.toString();
+    if (value.canConvert<int>())
+        return QString::number(value.toInt());
+    return QString::fromLatin1(value.typeName());
 }
 
 QStringList SignalLog::names() const

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
+
 /// Writes down every signal that an object's own class emits, in order and with arguments. It sees what a row
 /// of QSignalSpies does not: the order between signals, and the signal that nobody expected.
 class SignalLog final : public QObject
@@ -17,9 +19,13 @@ public:
         QVariantList arguments;
     };
 
+    /// Writes one argument as text. Returns a null text for a type that it does not know.
+    using Describer = std::function<QString(const QVariant &)>;
+
     /// Listens to all signals that the class of \p object declares; those of its base classes are left out.
-    /// Argument types that are no built-in types have to be declared as meta-types.
-    explicit SignalLog(QObject &object);
+    /// Argument types that are no built-in types have to be declared as meta-types; \p describer may say how
+    /// lines() writes them.
+    explicit SignalLog(QObject &object, const Describer &describer = {});
     Q_DISABLE_COPY_MOVE(SignalLog)
 
     int qt_metacall(QMetaObject::Call call, int id, void **arguments) override;
@@ -43,6 +49,9 @@ private:
         QList<int> argumentTypes;
     };
 
+    QString describe(const QVariant &value) const;
+
+    Describer m_describer;
     QList<Source> m_sources;
     QList<Entry> m_entries;
 };
