@@ -418,8 +418,7 @@ void ApiClient::handleTimeout()
         return;
     reply->abort(); // runs handleNetworkError at once, which counts the failure
     reply->deleteLater();
-    if (m_currentReply == reply)
-        m_currentReply = nullptr;
+    m_currentReply = nullptr;
     emit networkError(QStringLiteral("请求超时"));
 }
 

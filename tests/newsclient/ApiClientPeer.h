@@ -1,6 +1,7 @@
 #pragma once
 
 #include "newsclient/ApiClient.h"
+#include "support/WaitUntil.h"
 
 #include <QNetworkAccessManager>
 #include <QTimer>
@@ -34,8 +35,10 @@ public:
     static QString sessionToken(const ApiClient &client) { return client.m_sessionToken; }
     static bool hasCurrentReply(const ApiClient &client) { return !client.m_currentReply.isNull(); }
     static const QTimer &timeoutTimer(const ApiClient &client) { return *client.m_timeoutTimer; }
-    static int replyCount(const ApiClient &client)
+    /// Runs the event loop until every reply has been deleted; false when some are left after ten seconds.
+    static bool settles(const ApiClient &client)
     {
-        return client.m_networkManager->findChildren<QNetworkReply *>().size();
+        return waitUntil(
+            [&client] { return client.m_networkManager->findChildren<QNetworkReply *>().isEmpty(); }, 10000);
     }
 };

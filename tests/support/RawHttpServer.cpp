@@ -1,10 +1,11 @@
 #include "support/RawHttpServer.h"
 
+#include "support/WaitUntil.h"
+
 #include <QHostAddress>
 #include <QJsonDocument>
 #include <QTcpSocket>
 #include <QTimer>
-#include <QtTest>
 
 #include <sys/socket.h>
 
@@ -204,7 +205,7 @@ void RawHttpServer::queueAnswer(const RawAnswer &answer)
 
 bool RawHttpServer::waitForRequests(int count, int timeoutMs) const
 {
-    return QTest::qWaitFor([this, count] { return m_requests.size() >= count; }, timeoutMs);
+    return waitUntil([this, count] { return m_requests.size() >= count; }, timeoutMs);
 }
 
 void RawHttpServer::clear()

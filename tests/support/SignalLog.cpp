@@ -1,9 +1,10 @@
 #include "support/SignalLog.h"
 
+#include "support/WaitUntil.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaMethod>
-#include <QtTest>
 
 #include <algorithm>
 
@@ -88,5 +89,5 @@ int SignalLog::count(const QString &name) const
 
 bool SignalLog::waitFor(int count, int timeoutMs) const
 {
-    return QTest::qWaitFor([this, count] { return m_entries.size() >= count; }, timeoutMs);
+    return waitUntil([this, count] { return m_entries.size() >= count; }, timeoutMs);
 }
