@@ -127,18 +127,20 @@ void SpeechManager::reportWhatIsMissing()
             qWarning() << "No speech engine is available: news will not be read aloud";
         return;
     }
+    // Mandarin goes by "cmn" in some engines; QLocale does not know that and makes C of it.
     const QVector<QLocale> locales = m_tts->availableLocales();
-    const bool hasChineseVoice = std::any_of(locales.begin(), locales.end(), [](const QLocale &locale) {
-        return locale.language() == QLocale::Chinese;
+    const bool offered = std::any_of(locales.begin(), locales.end(), [](const QLocale &locale) {
+        return locale.language() == QLocale::Chinese || locale.language() == QLocale::C;
     });
     const QLocale current = m_tts->locale();
-    if (current.language() == QLocale::Chinese || std::exchange(m_missingVoiceReported, true))
+    if (offered && current.language() == QLocale::Chinese)
         return;
-    if (hasChineseVoice)
+    if (std::exchange(m_missingVoiceReported, true))
+        return;
+    if (offered)
         qWarning()
-            << "The default voice of the speech engine is not Chinese: news will be read by a voice for"
+            << "The default voice of the speech engine is not Chinese, news will be read in the voice of"
             << current.name();
     else
-        qWarning() << "The speech engine has no Chinese voice: news will be read by a voice for"
-                   << current.name();
+        qWarning() << "The speech engine offers no Chinese voice, news will not be read properly";
 }

@@ -359,21 +359,25 @@ private slots:
         const QLocale chinese(QLocale::Chinese, QLocale::China);
         const QLocale taiwan(QLocale::Chinese, QLocale::Taiwan);
         const QLocale english(QLocale::English, QLocale::UnitedStates);
-        QTest::newRow("Chinese") << QVector<QLocale>{english, chinese} << chinese << QStringList();
-        QTest::newRow("Chinese of another place") << QVector<QLocale>{taiwan} << taiwan << QStringList();
-        QTest::newRow("none there")
-            << QVector<QLocale>{english} << english
-            << QStringList{QStringLiteral(
-                   "The speech engine has no Chinese voice: news will be read by a voice for \"en_US\"")};
-        QTest::newRow("there, but not the default")
-            << QVector<QLocale>{english, chinese} << english
-            << QStringList{
-                   QStringLiteral("The default voice of the speech engine is not Chinese: news will be "
-                                  "read by a voice for \"en_US\"")};
-        QTest::newRow("an engine that names no voice at all")
-            << QVector<QLocale>() << QLocale::c()
-            << QStringList{QStringLiteral(
-                   "The speech engine has no Chinese voice: news will be read by a voice for \"C\"")};
+        const QLocale unknown = QLocale::c();
+        const QStringList nothing;
+        const QStringList none{
+            QStringLiteral("The speech engine offers no Chinese voice, news will not be read properly")};
+        const QStringList notDefault{
+            QStringLiteral("The default voice of the speech engine is not Chinese, news "
+                           "will be read in the voice of \"en_US\"")};
+        const auto row = [](const char *name, const QVector<QLocale> &locales, const QLocale &locale,
+                            const QStringList &expected) {
+            QTest::newRow(name) << locales << locale << expected;
+        };
+        row("Chinese", {english, chinese}, chinese, nothing);
+        row("Chinese of another place", {taiwan}, taiwan, nothing);
+        row("Chinese, among languages that Qt cannot name", {english, unknown}, chinese, nothing);
+        row("none there", {english}, english, none);
+        row("none there, though it is what the system asks for", {english}, chinese, none);
+        row("there, but not the default", {english, chinese}, english, notDefault);
+        row("perhaps there, but not the default", {english, unknown}, english, notDefault);
+        row("an engine that names no voice at all", {}, unknown, none);
     }
 
     void aVoiceThatIsNotChineseIsLoggedOnce()
