@@ -1,0 +1,94 @@
+#include "service/Json.h"
+
+#include "service/ServiceError.h"
+
+namespace service {
+
+std::string toWire(const Json &value)
+{
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::optional<JsonIn> parseObject(const std::string &text)
+{
+    JsonIn value = JsonIn::parse(text, nullptr, false);
+    if (!value.is_object())
+        return std::nullopt;
+    return value;
+}
+
+std::string requiredText(const JsonIn &object, const char *key)
+{
+    const auto found = object.find(key);
+    if (found == object.end())
+        throw ServiceError(400, std::string("缺少字段: ") + key);
+    if (!found->is_string())
+        throw ServiceError(400, std::string("字段类型错误: ") + key);
+    return found->get<std::string>();
+}
+
+std::string optionalText(const JsonIn &object, const char *key, const std::string &fallback)
+{
+    return object.contains(key) ? requiredText(object, key) : fallback;
+}
+
+bool optionalFlag(const JsonIn &object, const char *key, bool fallback)
+{
+    const auto found = object.find(key);
+    if (found == object.end())
+        return fallback;
+    if (!found->is_boolean())
+        throw ServiceError(400, std::string("字段类型错误: ") + key);
+    return found->get<bool>();
+}
+
+std::optional<std::int64_t> optionalNumber(const JsonIn &object, const char *key)
+{
+    const auto found = object.find(key);
+    if (found == object.end())
+        return std::nullopt;
+    if (!found->is_number_integer())
+        throw ServiceError(400, std::string("字段类型错误: ") + key);
+    return found->get<std::int64_t>();
+}
+
+Json messageReply(const std::string &message)
+{
+    return Json{{"success", true}, {"message", message}};
+}
+
+Json dataReply(Json data)
+{
+    Json reply;
+    reply["success"] = true;
+    reply["data"] = std::move(data);
+    return reply;
+}
+
+Json withWrongTypes(const Json &value)
+{
+    switch (value.type()) {
+    case Json::value_t::object: {
+        Json changed = Json::object();
+        for (const auto &entry : value.items())
+            changed[entry.key()] = withWrongTypes(entry.value());
+        return changed;
+    }
+    case Json::value_t::array: {
+        Json changed = Json::array({"not an object"});
+        for (const Json &element : value)
+            changed.push_back(withWrongTypes(element));
+        return changed;
+    }
+    case Json::value_t::string:
+        return 42;
+    case Json::value_t::boolean:
+        return value.get<bool>() ? "yes" : "no";
+    case Json::value_t::null:
+        return Json::array();
+    default:
+        return value.dump();
+    }
+}
+
+} // namespace service

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "service/Accounts.h"
+#include "service/Devices.h"
+#include "service/Keywords.h"
+#include "service/NewsStore.h"
+#include "service/SecretSource.h"
+#include "service/Sessions.h"
+#include "service/VerificationCodes.h"
+#include "service/WechatTickets.h"
+
+namespace service {
+
+class Database;
+
+/// Everything that the database keeps, one member per concern.
+struct Stores
+{
+    Stores(Database &database, const Clock &clock, std::optional<std::uint64_t> seed)
+        : secrets(database, seed)
+        , accounts(database, clock, secrets)
+        , devices(database, clock)
+        , sessions(database, clock, secrets)
+        , codes(database, clock, secrets)
+        , tickets(database, clock, secrets)
+        , keywords(database, clock)
+        , news(database, clock)
+    {}
+    Stores(const Stores &) = delete;
+    Stores &operator=(const Stores &) = delete;
+
+    SecretSource secrets;
+    Accounts accounts;
+    Devices devices;
+    Sessions sessions;
+    VerificationCodes codes;
+    WechatTickets tickets;
+    Keywords keywords;
+    NewsStore news;
+};
+
+} // namespace service
