@@ -105,6 +105,8 @@ void sayOnceThatItCannot()
 void WindowActivation::bringToFrontNatively(QWidget *widget)
 {
     QWidget *const window = widget->window();
+    if (window->isMinimized())
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->raise();
     window->activateWindow();
     const QString platform = QGuiApplication::platformName();

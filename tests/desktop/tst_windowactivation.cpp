@@ -1,0 +1,220 @@
+#include "desktop/WindowActivation.h"
+
+#include "support/IsolatedHome.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QProcess>
+#include <QVBoxLayout>
+
+namespace {
+
+QString t(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+/// The windows that a property of the root window lists, as X ids.
+QList<WId> rootWindows(const char *property)
+{
+    QProcess xprop;
+    xprop.start(t("xprop"), {t("-root"), t("-notype"), t(property)});
+    QList<WId> windows;
+    if (!xprop.waitForFinished())
+        return windows;
+    const QString output = QString::fromLocal8Bit(xprop.readAllStandardOutput());
+    const QStringList ids = output.section(QLatin1Char('#'), 1).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    for (const QString &id : ids)
+        windows.append(id.trimmed().toULongLong(nullptr, 16));
+    return windows;
+}
+
+WId activeWindow()
+{
+    return rootWindows("_NET_ACTIVE_WINDOW").value(0);
+}
+
+bool isDock(WId window)
+{
+    QProcess xprop;
+    xprop.start(t("xprop"), {t("-id"), QString::number(window), t("_NET_WM_WINDOW_TYPE")});
+    return xprop.waitForFinished() && xprop.readAllStandardOutput().contains("_NET_WM_WINDOW_TYPE_DOCK");
+}
+
+/// The uppermost window but for the tray's own, which lies above all.
+WId frontWindow()
+{
+    QList<WId> stack = rootWindows("_NET_CLIENT_LIST_STACKING");
+    while (!stack.isEmpty() && isDock(stack.last()))
+        stack.removeLast();
+    return stack.isEmpty() ? 0 : stack.last();
+}
+
+/// A window of another process, which lies over the test's windows and has the focus.
+class OtherProgram
+{
+public:
+    OtherProgram()
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), {t("--other-program")});
+        if (m_process.waitForReadyRead())
+            m_window = m_process.readLine().trimmed().toULongLong();
+    }
+    ~OtherProgram()
+    {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished();
+    }
+    Q_DISABLE_COPY_MOVE(OtherProgram)
+
+    WId window() const { return m_window; }
+
+private:
+    QProcess m_process;
+    WId m_window = 0;
+};
+
+/// The other program: tells its window's id and lives until its input is closed.
+int runOtherProgram()
+{
+    QWidget window;
+    window.setGeometry(100, 100, 700, 600);
+    window.show();
+    std::printf("%llu\n", static_cast<unsigned long long>(window.winId()));
+    std::fflush(stdout);
+    QProcess waiter;
+    waiter.setInputChannelMode(QProcess::ForwardedInputChannel);
+    QObject::connect(&waiter, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &window,
+                     [] { QCoreApplication::quit(); });
+    waiter.start(t("cat"), QStringList());
+    return QApplication::exec();
+}
+
+} // namespace
+
+class TestWindowActivation : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_window = std::make_unique<QMainWindow>();
+        m_edit = new QLineEdit;
+        m_window->setCentralWidget(m_edit);
+        m_window->setGeometry(200, 200, 400, 300);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void aWindowBehindAnotherProgramsWindowEndsInFrontAndFocused()
+    {
+        const OtherProgram other;
+        QVERIFY(other.window() != 0);
+        QTRY_COMPARE(activeWindow(), other.window());
+        QTRY_VERIFY(!m_window->isActiveWindow());
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+    }
+
+    void aMinimisedWindowEndsInFrontAndFocused()
+    {
+        const OtherProgram other;
+        QVERIFY(other.window() != 0);
+        QTRY_COMPARE(activeWindow(), other.window());
+        m_window->showMinimized();
+        QTRY_VERIFY(isIconicForTheWindowManager());
+        QTRY_VERIFY(m_window->isMinimized());
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+        QVERIFY(!isIconicForTheWindowManager());
+    }
+
+    void aHiddenWindowThatIsShownAgainEndsInFrontAndFocused()
+    {
+        m_window->hide();
+        QTRY_VERIFY(QGuiApplication::focusWindow() == nullptr);
+        const OtherProgram other;
+        QVERIFY(other.window() != 0);
+        QTRY_COMPARE(activeWindow(), other.window());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+    }
+
+    void aWindowBehindAnotherOfTheSameProgramEndsInFront()
+    {
+        QDialog other;
+        other.setGeometry(150, 150, 600, 500);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+    }
+
+    void aWidgetInsideStandsForItsWindow()
+    {
+        const OtherProgram other;
+        QVERIFY(other.window() != 0);
+        QTRY_COMPARE(activeWindow(), other.window());
+        WindowActivation::bringToFrontNatively(m_edit);
+        verifyInFront();
+    }
+
+    void aWindowInFrontStaysAsItIs()
+    {
+        const QRect geometry = m_window->geometry();
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+        QCOMPARE(m_window->geometry(), geometry);
+    }
+
+    void aMaximisedWindowComesBackMaximised()
+    {
+        m_window->showMaximized();
+        QTRY_VERIFY(m_window->isMaximized());
+        m_window->setWindowState(m_window->windowState() | Qt::WindowMinimized);
+        QTRY_VERIFY(isIconicForTheWindowManager());
+        WindowActivation::bringToFrontNatively(m_window.get());
+        verifyInFront();
+        QVERIFY(m_window->isMaximized());
+    }
+
+private:
+    void verifyInFront() const
+    {
+        QTRY_COMPARE(activeWindow(), m_window->winId());
+        QTRY_COMPARE(frontWindow(), m_window->winId());
+        QTRY_VERIFY(m_window->isActiveWindow());
+        QTRY_VERIFY(!m_window->isMinimized());
+        QVERIFY(m_window->isVisible());
+    }
+
+    bool isIconicForTheWindowManager() const
+    {
+        QProcess xprop;
+        xprop.start(t("xprop"), {t("-id"), QString::number(m_window->winId()), t("WM_STATE")});
+        return xprop.waitForFinished() && xprop.readAllStandardOutput().contains("window state: Iconic");
+    }
+
+    std::unique_ptr<QMainWindow> m_window;
+    QLineEdit *m_edit = nullptr;
+};
+
+int main(int argc, char *argv[])
+{
+    IsolatedHome home;
+    QApplication application(argc, argv);
+    if (QCoreApplication::arguments().contains(t("--other-program")))
+        return runOtherProgram();
+    setProgramIdentity();
+    TestWindowActivation test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_windowactivation.moc"
