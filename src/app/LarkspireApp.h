@@ -20,16 +20,18 @@ class ApiClient;
 class AuthManager;
 class AutoStartManager;
 class CustomNotification;
+class CustomTableWidget;
+class MainNewsTable;
 class QAction;
 class QMenu;
 class QNetworkAccessManager;
-class QTableWidget;
 class QTextBrowser;
 class QThread;
 class QTimer;
 class QUrl;
 class SoundReminder;
 class SpeechManager;
+enum class NewsTableKind;
 struct MainWindowUi;
 
 /// The program's one main window and the owner of everything else: it creates every manager and page as a Qt
@@ -126,17 +128,20 @@ protected:
 
 private:
     /// The tests' way to the clock and to the parts that no signal reaches yet.
-    friend class LarkspireAppAccess;
+    friend class LarkspireAppPeer;
 
     // Construction and settings.
     void createManagers();
     void readConfig();
     void buildInterface();
+    /// Greys the actions and controls whose dialogs and pages do not exist yet.
+    void greyWhatLeadsNowhere();
     void setupTrayIcon();
     void setupConnections();
     void setupTables();
     void applyConfig(bool showWindow);
     void applyTheme(bool dark);
+    void updateThemeAction();
     void saveSettings();
     /// Takes over what the settings dialog returned, except the top-most flag and the volume, which it does
     /// not own; stores and applies it.
@@ -153,6 +158,13 @@ private:
     void changeWindowFlags(Qt::WindowFlags flags);
     void updateTopMostAction(bool enabled);
     void toggleTopMostFromTray();
+    void hideToTray();
+    void storePlace();
+    /// Hides a window that has just been minimised, where the tray can bring it back.
+    void hideMinimized();
+    /// Second and third step of showAndActivateWindow().
+    void revealWindow();
+    void raiseWindow();
     void setDetailsVisible(bool visible);
     /// A message at the tray icon; skipped when the icon is absent or hidden.
     void showTrayMessage(const QString &title, const QString &text, QSystemTrayIcon::MessageIcon icon,
@@ -163,6 +175,7 @@ private:
     void displayNews(const QList<NewsData> &newsList);
     /// Puts the unknown items of the list in front of the table; false when there is none.
     bool mergeIncrementalNews(const QList<NewsData> &newsList);
+    void showFirstRow();
     void processNewsAlerts(const QList<NewsData> &newsList);
     void checkApiConnection();
     /// The interval of the tick in seconds: the configured one, never below ten.
@@ -179,13 +192,25 @@ private:
     void showInteractiveDetails(const NewsData &item);
     void showSelectedDetails(const NewsData &item);
     void showSearchDetails(const NewsData &item);
-    /// Month and day over hour and minute, on two lines.
-    static QString formatShortTime(const QDateTime &time);
+    struct NewsView
+    {
+        CustomTableWidget *table;
+        QTextBrowser *details;
+    };
+    NewsView viewOf(NewsTableKind kind) const;
+    void fillRow(NewsTableKind kind, int row, const NewsData &item);
+    void showDetails(NewsTableKind kind, const NewsData &item);
+    /// Shows the details of the selected rows anew, in the skin of now.
+    void redisplayDetails();
+    void onItemClicked(NewsTableKind kind, int row);
+    /// The row of the live table that shows this item.
+    int rowOf(const NewsData &item) const;
     void speakTitle(const NewsData &item);
 
     // The account.
     void startNewsCycle();
-    void passCredentialsToClient();
+    /// Copies key and session token of the login to the news client; false without a key or a client.
+    bool passCredentialsToClient();
     void showLoginPrompt();
 
     std::unique_ptr<MainWindowUi> m_ui;
@@ -200,6 +225,8 @@ private:
     QTimer *m_refreshTimer = nullptr;
     QTimer *m_speechPumpTimer = nullptr;
     QTimer *m_volumeHideTimer = nullptr;
+    QTimer *m_revealTimer = nullptr;
+    QTimer *m_raiseTimer = nullptr;
 
     QPointer<ApiClient> m_apiClient;
     QPointer<SpeechManager> m_speechManager;
@@ -215,6 +242,7 @@ private:
     bool m_autoLoginPending = false;
     bool m_hiddenByMinimize = false;
 
+    MainNewsTable *m_mainNews = nullptr;
     QString m_lastNewsId;
     QDateTime m_lastNewsTime;
     QDateTime m_lastUpdateTime;

@@ -19,7 +19,6 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTextBrowser>
-#include <QTextOption>
 #include <QVBoxLayout>
 
 namespace {
@@ -48,7 +47,6 @@ QAction *makeAction(const QString &objectName, const QString &text, QMainWindow 
 QSplitter *makeListSplitter(const QString &objectName)
 {
     auto *splitter = make<QSplitter>(objectName, Qt::Vertical);
-    splitter->setChildrenCollapsible(false);
     return splitter;
 }
 
@@ -62,14 +60,6 @@ QGroupBox *makeDetailsGroupBox(const QString &objectName, const QString &title)
 QTextBrowser *makeDetailsView(const QString &objectName, QGroupBox *groupBox)
 {
     auto *view = make<QTextBrowser>(objectName);
-    view->setReadOnly(true);
-    // A click goes to anchorClicked, and the window decides what opens it.
-    view->setOpenLinks(false);
-    view->setOpenExternalLinks(false);
-    view->setLineWrapMode(QTextEdit::WidgetWidth);
-    view->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    view->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto *layout = new QVBoxLayout(groupBox);
     layout->setContentsMargins(4, 4, 4, 4);
     layout->addWidget(view);

@@ -1,0 +1,174 @@
+#include "app/AppTestSupport.h"
+
+#include "settings/ConfigManager.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QWidget>
+
+BoxAnswer::BoxAnswer(const QString &button) : m_button(button)
+{
+    connect(&m_watch, &QTimer::timeout, this, &BoxAnswer::look);
+    m_watch.start(10);
+}
+
+void BoxAnswer::look()
+{
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    if (!box || !box->isVisible())
+        return;
+    m_watch.stop();
+    m_shown = true;
+    m_title = box->windowTitle();
+    m_text = box->text();
+    m_icon = box->icon();
+    QAbstractButton *chosen = nullptr;
+    const QList<QAbstractButton *> buttons = box->buttons();
+    for (QAbstractButton *button : buttons) {
+        m_buttons.append(button->text());
+        if (button->text() == m_button)
+            chosen = button;
+    }
+    if (const QPushButton *standard = box->defaultButton())
+        m_defaultButton = standard->text();
+    if (chosen)
+        chosen->click();
+    else
+        box->close();
+}
+
+bool quitsBy(const std::function<void()> &act)
+{
+    constexpr int stillRunning = 77;
+    // Two timers: the second one's turn comes in a later round of the loop, which a quit does not begin.
+    QTimer now;
+    QTimer after;
+    now.setSingleShot(true);
+    after.setSingleShot(true);
+    QObject::connect(&now, &QTimer::timeout, &after, [&act, &after] {
+        act();
+        after.start(0);
+    });
+    QObject::connect(&after, &QTimer::timeout, &after, [] { QCoreApplication::exit(stillRunning); });
+    now.start(0);
+    return QCoreApplication::exec() != stillRunning;
+}
+
+QString trayMessage()
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (const QWidget *widget : widgets) {
+        if (!widget->inherits("QBalloonTip") || !widget->isVisible())
+            continue;
+        QStringList texts;
+        const QList<QLabel *> labels = widget->findChildren<QLabel *>();
+        for (const QLabel *label : labels) {
+            if (!label->text().isEmpty())
+                texts.append(label->text());
+        }
+        return texts.join(QLatin1Char('\n'));
+    }
+    return {};
+}
+
+ScriptedService::ScriptedService()
+{
+    m_server.setHandler([this](const RawRequest &request) { return answer(request); });
+}
+
+QList<QUrlQuery> ScriptedService::newsQueries() const
+{
+    QList<QUrlQuery> queries;
+    for (const RawRequest &request : m_server.requests()) {
+        const QUrl url(QString::fromUtf8(request.target));
+        if (url.path().endsWith(QStringLiteral("newsapi/news")))
+            queries.append(QUrlQuery(url));
+    }
+    return queries;
+}
+
+int ScriptedService::requestCount(const QByteArray &pathEnd) const
+{
+    int count = 0;
+    for (const RawRequest &request : m_server.requests()) {
+        if (request.path().endsWith(pathEnd))
+            ++count;
+    }
+    return count;
+}
+
+RawAnswer ScriptedService::answer(const RawRequest &request)
+{
+    const QByteArray path = request.path();
+    if (path.endsWith("/auth/session/validate")) {
+        return RawAnswer::json(
+            {{QStringLiteral("success"), true},
+             {QStringLiteral("data"), QJsonObject{{QStringLiteral("user_id"), 7},
+                                                  {QStringLiteral("username"), QStringLiteral("云雀")},
+                                                  {QStringLiteral("device_id"), QStringLiteral("d")}}}});
+    }
+    if (path.endsWith("/auth/verify_apikey")) {
+        if (!loginRefusal.isEmpty())
+            return RawAnswer::json(loginRefusal);
+        return RawAnswer::json({{QStringLiteral("success"), true},
+                                {QStringLiteral("api_key"), QStringLiteral("key-of-the-service")},
+                                {QStringLiteral("session_token"), QStringLiteral("token-of-the-service")},
+                                {QStringLiteral("user_id"), 7},
+                                {QStringLiteral("username"), QStringLiteral("云雀")},
+                                {QStringLiteral("email"), QStringLiteral("lark@larkspire.example")}});
+    }
+    if (path.endsWith("newsapi/health")) {
+        return RawAnswer::json({{QStringLiteral("status"), QStringLiteral("ok")},
+                                {QStringLiteral("version"), QStringLiteral("1")}});
+    }
+    if (path.endsWith("newsapi/news")) {
+        if (newsFails)
+            return newsFailure;
+        const QUrlQuery query(QUrl(QString::fromUtf8(request.target)));
+        const bool tick = query.hasQueryItem(QStringLiteral("since_id")) ||
+                          query.hasQueryItem(QStringLiteral("since_timestamp"));
+        const QJsonArray &list = tick ? newer : news;
+        return RawAnswer::json(
+            {{QStringLiteral("data"), QJsonObject{{QStringLiteral("news"), list},
+                                                  {QStringLiteral("pagination"),
+                                                   QJsonObject{{QStringLiteral("total"), list.size()}}}}}});
+    }
+    return RawAnswer::json({}, 404);
+}
+
+QJsonObject newsObject(const QString &id, const QString &title, const QDateTime &time,
+                       const QStringList &keywords)
+{
+    return {
+        {QStringLiteral("id"), id},
+        {QStringLiteral("title"), title},
+        {QStringLiteral("content"), QStringLiteral("内容 ") + id},
+        {QStringLiteral("url"), QStringLiteral("https://news.larkspire.example/") + id},
+        {QStringLiteral("publish_time"), time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"))},
+        {QStringLiteral("has_keywords"), !keywords.isEmpty()},
+        {QStringLiteral("matched_keywords"), QJsonArray::fromStringList(keywords)},
+    };
+}
+
+void storeSession(const QString &serverUrl)
+{
+    ConfigManager *settings = ConfigManager::instance();
+    settings->setApiServerUrl(serverUrl);
+    settings->setLoginMethod(0);
+    settings->setSessionToken(QStringLiteral("stored-token"));
+}
+
+void storeApiKey(const QString &serverUrl)
+{
+    ConfigManager *settings = ConfigManager::instance();
+    settings->setApiServerUrl(serverUrl);
+    settings->setLoginMethod(1);
+    settings->setApiKey(QStringLiteral("stored-key"));
+}
+
+void storeNoLogin()
+{
+    ConfigManager::instance()->setAutoLogin(false);
+}

@@ -1,0 +1,643 @@
+#include "app/AppTestSupport.h"
+#include "app/LarkspireAppPeer.h"
+#include "news/CustomNotification.h"
+#include "newsclient/ApiClient.h"
+#include "resources/LarkspireResources.h"
+#include "settings/ConfigManager.h"
+#include "support/IsolatedHome.h"
+#include "support/speechplugin/SpeechStage.h"
+#include "support/speechplugin/StagedSpeechEngine.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QMenu>
+#include <QSlider>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(QSystemTrayIcon::ActivationReason)
+
+namespace {
+
+bool onTop(const LarkspireApp &window)
+{
+    return window.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+}
+
+QCheckBox *topMostBox(const LarkspireApp &window)
+{
+    return window.findChild<QCheckBox *>(QStringLiteral("topMostCheckBox"));
+}
+
+QAction *trayEntry(LarkspireApp &window, const QString &text)
+{
+    const QList<QAction *> actions = LarkspireAppPeer::trayMenu(window)->actions();
+    for (QAction *action : actions) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestLarkspireAppWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void closingWithNotificationsOnHidesToTheTrayWithoutAQuestion();
+    void closingWithNotificationsOffClosesWithoutAQuestionAndTheProcessLives();
+    void closingStoresThePlace_data();
+    void closingStoresThePlace();
+    void exitAsksWhileNotificationsAreOn_data();
+    void exitAsksWhileNotificationsAreOn();
+    void exitWithNotificationsOffQuitsAtOnce();
+    void exitByTheMenuSilencesTheSpeech();
+    void exitByTheTrayLeavesTheSpeechAlone();
+
+    void minimisingHidesAndComingBackKeepsTheSize();
+    void minimisingStoresPlaceAndGeometry();
+    void trayEntriesShowAndHide();
+    void aChangeToMaximisedRestoresTheStoredGeometry();
+    void maximisingWorksWithoutAStoredGeometry();
+    void showingRestoresTheStoredGeometry();
+    void showingWithoutAGeometryTakesTheStoredSize();
+    void showingLeavesTheSizeAloneWhenThePlaceIsNotRemembered();
+    void movingAndResizingAreStored_data();
+    void movingAndResizingAreStored();
+    void aWindowThatIsHiddenAndShownAgainStaysInItsPlace();
+    void aSizeChosenSinceTheLastStartIsKeptThroughTheTray();
+
+    void showAndActivateBringsAHiddenWindowBack_data();
+    void showAndActivateBringsAHiddenWindowBack();
+    void showAndActivateMovesAWindowWithoutGeometryToItsPlace();
+    void doubleClickOnTheTrayHidesAndBringsBack();
+    void fastRealDoubleClickOnTheTrayHides();
+    void singleAndMiddleClickOnTheTrayShow_data();
+    void singleAndMiddleClickOnTheTrayShow();
+    void clickOnAMessageOrACardShows_data();
+    void clickOnAMessageOrACardShows();
+
+    void topMostByTheBoxWorksInBothDirections();
+    void enablingTopMostTwiceTakesTheHintAway();
+    void topMostByTheTrayEndsWithoutTheHint();
+    void topMostByTheTrayAgainPutsTheWindowOnTop();
+    void topMostOffByTheTrayWorks();
+    void topMostFromTheSettingsHoldsAtTheStart();
+    void topMostKeepsAVisibleWindowVisibleInItsPlace();
+
+    void volumeTipShowsWhileTheMouseIsOnTheSlider();
+    void volumeTipGoesBelowASliderAtTheTopEdge();
+    void volumeChangeReachesSpeechAndConfigButNotTheFile();
+
+private:
+    std::unique_ptr<LarkspireApp> openWindow();
+};
+
+void TestLarkspireAppWindow::init()
+{
+    clearSettings();
+    storeNoLogin();
+    ConfigManager::instance()->setWindowSize(QSize(700, 600));
+    SpeechStage::instance().reset();
+}
+
+void TestLarkspireAppWindow::cleanup()
+{
+    QVERIFY(!QApplication::activeModalWidget());
+}
+
+std::unique_ptr<LarkspireApp> TestLarkspireAppWindow::openWindow()
+{
+    auto window = std::make_unique<LarkspireApp>();
+    window->show();
+    if (!QTest::qWaitForWindowActive(window.get()))
+        qWarning("The window did not become active");
+    return window;
+}
+
+void TestLarkspireAppWindow::closingWithNotificationsOnHidesToTheTrayWithoutAQuestion()
+{
+    const auto window = openWindow();
+    const BoxAnswer box(QStringLiteral("取消"));
+    QVERIFY(!window->close());
+    QVERIFY(!window->isVisible());
+    QVERIFY(!box.shown());
+    QVERIFY(LarkspireAppPeer::trayIcon(*window)->isVisible());
+}
+
+void TestLarkspireAppWindow::closingWithNotificationsOffClosesWithoutAQuestionAndTheProcessLives()
+{
+    ConfigManager::instance()->setEnableNotification(false);
+    const auto window = openWindow();
+    const BoxAnswer box(QStringLiteral("取消"));
+    QVERIFY(!quitsBy([&window] { QVERIFY(window->close()); }));
+    QVERIFY(!window->isVisible());
+    QVERIFY(!box.shown());
+}
+
+void TestLarkspireAppWindow::closingStoresThePlace_data()
+{
+    QTest::addColumn<bool>("remember");
+    QTest::newRow("remembered") << true;
+    QTest::newRow("not remembered") << false;
+}
+
+void TestLarkspireAppWindow::closingStoresThePlace()
+{
+    QFETCH(bool, remember);
+    ConfigManager::instance()->setRememberWindowState(remember);
+    const auto window = openWindow();
+    window->move(220, 160);
+    window->resize(640, 580);
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->pos(), QPoint(220, 160));
+    ConfigManager::instance()->setWindowPosition(QPoint(1, 2));
+    ConfigManager::instance()->setWindowSize(QSize(3, 4));
+    window->close();
+    QCOMPARE(ConfigManager::instance()->getWindowPosition(), remember ? QPoint(220, 160) : QPoint(1, 2));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 580) : QSize(3, 4));
+}
+
+void TestLarkspireAppWindow::exitAsksWhileNotificationsAreOn_data()
+{
+    QTest::addColumn<bool>("fromTray");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<bool>("quits");
+    QTest::addColumn<bool>("visibleAfter");
+
+    for (const bool fromTray : {false, true}) {
+        const QByteArray where = fromTray ? ", tray" : ", menu";
+        QTest::newRow((QByteArray("yes") + where).constData())
+            << fromTray << QStringLiteral("是，退出程序") << true << true;
+        QTest::newRow((QByteArray("no") + where).constData())
+            << fromTray << QStringLiteral("否，最小化") << false << false;
+        QTest::newRow((QByteArray("cancel") + where).constData())
+            << fromTray << QStringLiteral("取消") << false << true;
+        QTest::newRow((QByteArray("the box closed") + where).constData())
+            << fromTray << QString() << false << true;
+    }
+}
+
+void TestLarkspireAppWindow::exitAsksWhileNotificationsAreOn()
+{
+    QFETCH(bool, fromTray);
+    QFETCH(QString, button);
+    QFETCH(bool, quits);
+    QFETCH(bool, visibleAfter);
+    const auto window = openWindow();
+    const BoxAnswer box(button);
+    QAction *exit = fromTray ? trayEntry(*window, QStringLiteral("退出"))
+                             : window->findChild<QAction *>(QStringLiteral("actionExit"));
+    QCOMPARE(quitsBy([exit] { exit->trigger(); }), quits);
+    QVERIFY(box.shown());
+    QCOMPARE(box.icon(), QMessageBox::Question);
+    QCOMPARE(box.title(), QStringLiteral("确认退出"));
+    QCOMPARE(box.text(), QStringLiteral("确定要退出程序吗？\n\n提示：您可以最小化到系统托盘继续监控新闻。"));
+    QStringList buttons = box.buttons();
+    buttons.sort();
+    QStringList expected{QStringLiteral("是，退出程序"), QStringLiteral("否，最小化"),
+                         QStringLiteral("取消")};
+    expected.sort();
+    QCOMPARE(buttons, expected);
+    QCOMPARE(box.defaultButton(), QStringLiteral("否，最小化"));
+    QCOMPARE(window->isVisible(), visibleAfter);
+}
+
+void TestLarkspireAppWindow::exitWithNotificationsOffQuitsAtOnce()
+{
+    ConfigManager::instance()->setEnableNotification(false);
+    const auto window = openWindow();
+    const BoxAnswer box(QStringLiteral("取消"));
+    QVERIFY(quitsBy([&window] { window->findChild<QAction *>(QStringLiteral("actionExit"))->trigger(); }));
+    QVERIFY(!box.shown());
+}
+
+void TestLarkspireAppWindow::exitByTheMenuSilencesTheSpeech()
+{
+    ConfigManager::instance()->setEnableNotification(false);
+    const auto window = openWindow();
+    SpeechStage::instance().engine()->enter(QTextToSpeech::Speaking);
+    const int stops = SpeechStage::instance().stopCount();
+    QVERIFY(quitsBy([&window] { window->findChild<QAction *>(QStringLiteral("actionExit"))->trigger(); }));
+    QVERIFY(SpeechStage::instance().stopCount() > stops);
+}
+
+void TestLarkspireAppWindow::exitByTheTrayLeavesTheSpeechAlone()
+{
+    ConfigManager::instance()->setEnableNotification(false);
+    const auto window = openWindow();
+    SpeechStage::instance().engine()->enter(QTextToSpeech::Speaking);
+    const int stops = SpeechStage::instance().stopCount();
+    QVERIFY(quitsBy([&window] { trayEntry(*window, QStringLiteral("退出"))->trigger(); }));
+    QCOMPARE(SpeechStage::instance().stopCount(), stops);
+}
+
+void TestLarkspireAppWindow::minimisingHidesAndComingBackKeepsTheSize()
+{
+    const auto window = openWindow();
+    window->resize(650, 590);
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->showMinimized();
+    QTRY_VERIFY(!window->isVisible());
+
+    window->showAndActivateWindow();
+    QTRY_VERIFY(window->isVisible() && !window->isMinimized());
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QCOMPARE(window->size(), QSize(650, 590));
+    // It does not go away again by an echo of the minimise.
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(window->isVisible() && !window->isMinimized());
+}
+
+void TestLarkspireAppWindow::minimisingStoresPlaceAndGeometry()
+{
+    const auto window = openWindow();
+    QVERIFY(ConfigManager::instance()->getWindowGeometry().isEmpty());
+    window->resize(650, 590);
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+    ConfigManager::instance()->setWindowSize(QSize(3, 4));
+    window->showMinimized();
+    QTRY_VERIFY(!window->isVisible());
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(650, 590));
+    QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
+}
+
+void TestLarkspireAppWindow::trayEntriesShowAndHide()
+{
+    const auto window = openWindow();
+    trayEntry(*window, QStringLiteral("隐藏窗口"))->trigger();
+    QVERIFY(!window->isVisible());
+    trayEntry(*window, QStringLiteral("显示主窗口"))->trigger();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    window->showMinimized();
+    QTRY_VERIFY(!window->isVisible());
+    trayEntry(*window, QStringLiteral("显示主窗口"))->trigger();
+    QTRY_VERIFY(window->isVisible() && !window->isMinimized());
+}
+
+void TestLarkspireAppWindow::aChangeToMaximisedRestoresTheStoredGeometry()
+{
+    const auto window = openWindow();
+    window->resize(650, 590);
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+    ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
+    window->showMaximized();
+    QTRY_VERIFY(!window->isMaximized());
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+}
+
+void TestLarkspireAppWindow::maximisingWorksWithoutAStoredGeometry()
+{
+    const auto window = openWindow();
+    window->showMaximized();
+    QTRY_VERIFY(window->isMaximized() && window->width() > 1500);
+}
+
+void TestLarkspireAppWindow::showingRestoresTheStoredGeometry()
+{
+    const auto window = openWindow();
+    window->resize(650, 590);
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+    const QByteArray geometry = window->saveGeometry();
+    window->hide();
+    window->resize(500, 500);
+    ConfigManager::instance()->setWindowGeometry(geometry);
+    window->show();
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+}
+
+void TestLarkspireAppWindow::showingWithoutAGeometryTakesTheStoredSize()
+{
+    LarkspireApp window;
+    QCOMPARE(window.size(), QSize(700, 600));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    window.hide();
+    ConfigManager::instance()->setWindowSize(QSize(660, 570));
+    window.show();
+    QTRY_COMPARE(window.size(), QSize(660, 570));
+}
+
+void TestLarkspireAppWindow::showingLeavesTheSizeAloneWhenThePlaceIsNotRemembered()
+{
+    const auto window = openWindow();
+    LarkspireAppPeer::config(*window).rememberWindowState = false;
+    window->hide();
+    window->resize(660, 570);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QTRY_COMPARE(window->size(), QSize(660, 570));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(700, 600));
+}
+
+void TestLarkspireAppWindow::movingAndResizingAreStored_data()
+{
+    QTest::addColumn<bool>("remember");
+    QTest::newRow("remembered") << true;
+    QTest::newRow("not remembered") << false;
+}
+
+void TestLarkspireAppWindow::movingAndResizingAreStored()
+{
+    QFETCH(bool, remember);
+    ConfigManager::instance()->setRememberWindowState(remember);
+    const auto window = openWindow();
+    ConfigManager::instance()->setWindowPosition(QPoint(1, 2));
+    ConfigManager::instance()->setWindowSize(QSize(3, 4));
+    window->move(240, 170);
+    window->resize(640, 580);
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QCOMPARE(ConfigManager::instance()->getWindowPosition(), remember ? QPoint(240, 170) : QPoint(1, 2));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 580) : QSize(3, 4));
+}
+
+void TestLarkspireAppWindow::aWindowThatIsHiddenAndShownAgainStaysInItsPlace()
+{
+    const auto window = openWindow();
+    window->move(240, 170);
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    for (int i = 0; i < 4; ++i) {
+        window->close();
+        QVERIFY(!window->isVisible());
+        window->showAndActivateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QTRY_COMPARE(window->pos(), QPoint(240, 170));
+        QCOMPARE(window->size(), QSize(700, 600));
+    }
+}
+
+void TestLarkspireAppWindow::aSizeChosenSinceTheLastStartIsKeptThroughTheTray()
+{
+    {
+        const auto earlier = openWindow();
+    }
+    QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
+    const auto window = openWindow();
+    window->resize(800, 650);
+    QTRY_COMPARE(window->size(), QSize(800, 650));
+    window->close();
+    window->showAndActivateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QCOMPARE(window->size(), QSize(800, 650));
+}
+
+void TestLarkspireAppWindow::showAndActivateBringsAHiddenWindowBack_data()
+{
+    QTest::addColumn<bool>("remember");
+    QTest::newRow("with its place") << true;
+    QTest::newRow("without") << false;
+}
+
+void TestLarkspireAppWindow::showAndActivateBringsAHiddenWindowBack()
+{
+    QFETCH(bool, remember);
+    ConfigManager::instance()->setRememberWindowState(remember);
+    LarkspireApp window;
+    window.showAndActivateWindow();
+    QVERIFY(!window.isVisible());
+    QTRY_VERIFY(window.isVisible());
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+void TestLarkspireAppWindow::showAndActivateMovesAWindowWithoutGeometryToItsPlace()
+{
+    const auto window = openWindow();
+    ConfigManager::instance()->setWindowPosition(QPoint(260, 180));
+    ConfigManager::instance()->setWindowSize(QSize(680, 560));
+    window->showAndActivateWindow();
+    QTRY_COMPARE(window->pos(), QPoint(260, 180));
+    QTRY_COMPARE(window->size(), QSize(680, 560));
+}
+
+void TestLarkspireAppWindow::doubleClickOnTheTrayHidesAndBringsBack()
+{
+    const auto window = openWindow();
+    QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(*window);
+    emit tray->activated(QSystemTrayIcon::DoubleClick);
+    QVERIFY(!window->isVisible());
+    emit tray->activated(QSystemTrayIcon::DoubleClick);
+    QTRY_VERIFY(window->isVisible());
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayHides()
+{
+    const auto window = openWindow();
+    QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(*window);
+    // The first click of the two is reported as a click of its own.
+    emit tray->activated(QSystemTrayIcon::Trigger);
+    emit tray->activated(QSystemTrayIcon::DoubleClick);
+    QVERIFY(!window->isVisible());
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(!window->isVisible());
+}
+
+void TestLarkspireAppWindow::singleAndMiddleClickOnTheTrayShow_data()
+{
+    QTest::addColumn<QSystemTrayIcon::ActivationReason>("reason");
+    QTest::addColumn<bool>("shows");
+    QTest::newRow("click") << QSystemTrayIcon::Trigger << true;
+    QTest::newRow("middle click") << QSystemTrayIcon::MiddleClick << true;
+    QTest::newRow("menu") << QSystemTrayIcon::Context << false;
+    QTest::newRow("unknown") << QSystemTrayIcon::Unknown << false;
+}
+
+void TestLarkspireAppWindow::singleAndMiddleClickOnTheTrayShow()
+{
+    QFETCH(QSystemTrayIcon::ActivationReason, reason);
+    QFETCH(bool, shows);
+    LarkspireApp window;
+    emit LarkspireAppPeer::trayIcon(window)->activated(reason);
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QCOMPARE(window.isVisible(), shows);
+}
+
+void TestLarkspireAppWindow::clickOnAMessageOrACardShows_data()
+{
+    QTest::addColumn<bool>("card");
+    QTest::newRow("message at the tray") << false;
+    QTest::newRow("card") << true;
+}
+
+void TestLarkspireAppWindow::clickOnAMessageOrACardShows()
+{
+    QFETCH(bool, card);
+    LarkspireApp window;
+    if (card)
+        emit window.findChild<CustomNotification *>()->notificationClicked();
+    else
+        emit LarkspireAppPeer::trayIcon(window)->messageClicked();
+    QTRY_VERIFY(window.isVisible());
+}
+
+void TestLarkspireAppWindow::topMostByTheBoxWorksInBothDirections()
+{
+    const auto window = openWindow();
+    QAction *entry = trayEntry(*window, QStringLiteral("置顶"));
+    QVERIFY(!onTop(*window));
+
+    topMostBox(*window)->click();
+    QVERIFY(onTop(*window));
+    QVERIFY(ConfigManager::instance()->getEnableTopmost());
+    QVERIFY(entry->isChecked());
+    QCOMPARE(entry->text(), QStringLiteral("取消置顶"));
+
+    topMostBox(*window)->click();
+    QVERIFY(!onTop(*window));
+    QVERIFY(!ConfigManager::instance()->getEnableTopmost());
+    QVERIFY(!entry->isChecked());
+    QCOMPARE(entry->text(), QStringLiteral("置顶"));
+}
+
+void TestLarkspireAppWindow::enablingTopMostTwiceTakesTheHintAway()
+{
+    const auto window = openWindow();
+    QVERIFY(QMetaObject::invokeMethod(window.get(), "onTopMostToggled", Q_ARG(bool, true)));
+    QVERIFY(onTop(*window));
+    QVERIFY(QMetaObject::invokeMethod(window.get(), "onTopMostToggled", Q_ARG(bool, true)));
+    QVERIFY(!onTop(*window));
+    QVERIFY(ConfigManager::instance()->getEnableTopmost());
+}
+
+void TestLarkspireAppWindow::topMostByTheTrayEndsWithoutTheHint()
+{
+    const auto window = openWindow();
+    QAction *entry = trayEntry(*window, QStringLiteral("置顶"));
+    entry->trigger();
+    QVERIFY(!onTop(*window));
+    QVERIFY(topMostBox(*window)->isChecked());
+    QVERIFY(ConfigManager::instance()->getEnableTopmost());
+    QVERIFY(LarkspireAppPeer::config(*window).enableTopmost);
+    QVERIFY(entry->isChecked());
+    QCOMPARE(entry->text(), QStringLiteral("取消置顶"));
+    QVERIFY(window->isVisible());
+}
+
+void TestLarkspireAppWindow::topMostByTheTrayAgainPutsTheWindowOnTop()
+{
+    const auto window = openWindow();
+    QAction *entry = trayEntry(*window, QStringLiteral("置顶"));
+    entry->trigger();
+    // The box is checked already, so its slot does not run this time.
+    entry->trigger();
+    QVERIFY(onTop(*window));
+    QVERIFY(topMostBox(*window)->isChecked());
+    QVERIFY(ConfigManager::instance()->getEnableTopmost());
+}
+
+void TestLarkspireAppWindow::topMostOffByTheTrayWorks()
+{
+    const auto window = openWindow();
+    topMostBox(*window)->click();
+    QVERIFY(onTop(*window));
+    QAction *entry = trayEntry(*window, QStringLiteral("取消置顶"));
+    QVERIFY(entry);
+    entry->trigger();
+    QVERIFY(!onTop(*window));
+    QVERIFY(!topMostBox(*window)->isChecked());
+    QVERIFY(!ConfigManager::instance()->getEnableTopmost());
+    QCOMPARE(entry->text(), QStringLiteral("置顶"));
+}
+
+void TestLarkspireAppWindow::topMostFromTheSettingsHoldsAtTheStart()
+{
+    ConfigManager::instance()->setEnableTopmost(true);
+    const auto window = openWindow();
+    QVERIFY(onTop(*window));
+    QVERIFY(topMostBox(*window)->isChecked());
+}
+
+void TestLarkspireAppWindow::topMostKeepsAVisibleWindowVisibleInItsPlace()
+{
+    const auto window = openWindow();
+    window->move(240, 170);
+    window->resize(640, 580);
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+    topMostBox(*window)->click();
+    QVERIFY(window->isVisible());
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+
+    window->hide();
+    topMostBox(*window)->click();
+    QVERIFY(!window->isVisible());
+}
+
+void TestLarkspireAppWindow::volumeTipShowsWhileTheMouseIsOnTheSlider()
+{
+    const auto window = openWindow();
+    auto *slider = window->findChild<QSlider *>(QStringLiteral("volumeSlider"));
+    const auto *tip = window->findChild<QLabel *>(QStringLiteral("volumeValueLabel"));
+    const QPoint middle = QRect(QPoint(), slider->size()).center();
+    QEnterEvent enter(middle, slider->mapTo(window.get(), middle), slider->mapToGlobal(middle));
+    QVERIFY(QCoreApplication::sendEvent(slider, &enter));
+    QVERIFY(tip->isVisible());
+    QCOMPARE(tip->text(), QStringLiteral("90"));
+    const QPoint top = slider->mapTo(window.get(), QPoint(0, 0));
+    QCOMPARE(tip->y(), top.y() - 30);
+    const int atNinety = tip->x();
+
+    slider->setValue(10);
+    QCOMPARE(tip->text(), QStringLiteral("10"));
+    QVERIFY(tip->x() < atNinety);
+
+    QEvent leave(QEvent::Leave);
+    QVERIFY(QCoreApplication::sendEvent(slider, &leave));
+    QVERIFY(!tip->isVisible());
+
+    QCoreApplication::sendEvent(slider, &enter);
+    QVERIFY(tip->isVisible());
+    QVERIFY(QMetaObject::invokeMethod(window.get(), "hideVolumeDisplay"));
+    QVERIFY(!tip->isVisible());
+}
+
+void TestLarkspireAppWindow::volumeTipGoesBelowASliderAtTheTopEdge()
+{
+    const auto window = openWindow();
+    auto *slider = window->findChild<QSlider *>(QStringLiteral("volumeSlider"));
+    const auto *tip = window->findChild<QLabel *>(QStringLiteral("volumeValueLabel"));
+    slider->setParent(window.get());
+    slider->setGeometry(300, 5, 100, 22);
+    slider->show();
+    QVERIFY(QMetaObject::invokeMethod(window.get(), "onVolumeSliderEnter"));
+    QVERIFY(tip->isVisible());
+    QCOMPARE(tip->y(), 5 + 22 + 30);
+}
+
+void TestLarkspireAppWindow::volumeChangeReachesSpeechAndConfigButNotTheFile()
+{
+    LarkspireApp window;
+    QCOMPARE(SpeechStage::instance().engine()->volume(), 0.9);
+    window.findChild<QSlider *>(QStringLiteral("volumeSlider"))->setValue(35);
+    QCOMPARE(SpeechStage::instance().engine()->volume(), 0.35);
+    QCOMPARE(LarkspireAppPeer::config(window).ttsVolume, 0.35);
+    QCOMPARE(ConfigManager::instance()->getTtsVolume(), 0.9);
+    LarkspireAppPeer::saveSettings(window);
+    QCOMPARE(ConfigManager::instance()->getTtsVolume(), 0.35);
+}
+
+int main(int argc, char *argv[])
+{
+    IsolatedHome home;
+    QApplication application(argc, argv);
+    setProgramIdentity();
+    QApplication::setQuitOnLastWindowClosed(false);
+    initLarkspireResources();
+    SpeechStage::install();
+    TestLarkspireAppWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_larkspireapp_window.moc"
