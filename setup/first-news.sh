@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # Sourced by ./run on a virtual display: waits until news is really on screen and takes the pictures.
-# shellcheck disable=SC2154  # state and desktop are set by ./run
+# shellcheck disable=SC2154  # state, url and desktop are set by ./run
 
 main_window() { xdotool search --onlyvisible --name '^云雀资讯$' 2>/dev/null | head -n 1; }
 main_window_visible() { [ -n "$(main_window)" ]; }
@@ -24,6 +24,13 @@ popup() {
 }
 popup_visible() { [ -n "$(popup)" ]; }
 popup_painted() { [ "$(import -silent -window "$(popup)" -format '%k' info: 2>/dev/null || echo 0)" -gt 20 ]; }
+# An item that matches one of the demonstration account's keywords, so that a popup is due at the next tick.
+publish_keyword_item() {
+    curl -sS --fail --max-time 10 -o /dev/null -H 'Content-Type: application/json' "$url/admin/news" -d '{
+        "title": "人工智能算力需求继续增长，多家公司披露新订单",
+        "content": "多家上市公司披露算力服务器订单。【模拟数据，仅供演示】",
+        "source": "云雀财经", "category": "公司公告", "url": "https://news.larkspire.example/demo"}'
+}
 # The desktop lives as long as the wait makes sense.
 or_desktop_gone() { "$@" || ! kill -0 "$desktop" 2>/dev/null; }
 
