@@ -7,7 +7,11 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QProcess>
-#include <QVBoxLayout>
+
+#include <cstdlib>
+#include <memory>
+
+#include <xcb/xcb.h>
 
 namespace {
 
@@ -51,6 +55,39 @@ WId frontWindow()
         stack.removeLast();
     return stack.isEmpty() ? 0 : stack.last();
 }
+
+/// Listens to what clients ask of the window manager, beside the window manager itself.
+class RequestListener
+{
+public:
+    RequestListener()
+    {
+        const std::uint32_t requests = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(m_connection,
+                                     xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root,
+                                     XCB_CW_EVENT_MASK, &requests);
+        // The answer to a later request tells that the listening has begun.
+        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    }
+    ~RequestListener() { xcb_disconnect(m_connection); }
+    Q_DISABLE_COPY_MOVE(RequestListener)
+
+    /// Whether a message with this first number for this window has come.
+    bool heard(WId window, std::uint32_t firstNumber)
+    {
+        while (xcb_generic_event_t *const event = xcb_poll_for_event(m_connection)) {
+            const auto *const message = reinterpret_cast<const xcb_client_message_event_t *>(event);
+            if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE)
+                m_messages.append({message->window, message->data.data32[0]});
+            std::free(event);
+        }
+        return m_messages.contains({window, firstNumber});
+    }
+
+private:
+    xcb_connection_t *const m_connection = xcb_connect(nullptr, nullptr);
+    QList<QPair<WId, std::uint32_t>> m_messages;
+};
 
 /// A window of another process, which lies over the test's windows and has the focus.
 class OtherProgram
@@ -119,6 +156,16 @@ private slots:
         QTRY_VERIFY(!m_window->isActiveWindow());
         WindowActivation::bringToFrontNatively(m_window.get());
         verifyInFront();
+    }
+
+    // Window managers that guard the focus grant a request that comes from the user, and turn one that a
+    // program makes on its own behalf into a blinking task bar.
+    void theFocusIsAskedForInTheNameOfTheUser()
+    {
+        constexpr std::uint32_t onBehalfOfTheUser = 2;
+        RequestListener listener;
+        WindowActivation::bringToFrontNatively(m_window.get());
+        QTRY_VERIFY(listener.heard(m_window->winId(), onBehalfOfTheUser));
     }
 
     void aMinimisedWindowEndsInFrontAndFocused()
