@@ -100,6 +100,8 @@ private slots:
     void onNetworkError(QNetworkReply::NetworkError error);
 
 private:
+    friend class AuthManagerPeer; // the tests send what no operation sends
+
     using Headers = QList<QPair<QByteArray, QString>>;
     using ReplySlot = void (AuthManager::*)();
     using ResultSignal = void (AuthManager::*)(bool success, const QString &message);
