@@ -29,7 +29,7 @@ public:
     AuthManager &manager() { return *m_manager; }
     SignalLog &log() { return *m_log; }
     QStringList lines() const { return m_log->lines(); }
-    QTimer &sessionTimer() { return *m_manager->findChild<QTimer *>(); }
+    QTimer &sessionTimer() { return *m_manager->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly); }
 
     /// Runs the event loop until every reply has been deleted; false when some are left after ten seconds.
     bool settles() const
