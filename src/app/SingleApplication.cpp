@@ -1,0 +1,88 @@
+#include "app/SingleApplication.h"
+
+#include "desktop/WindowActivation.h"
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QSharedMemory>
+
+namespace {
+
+constexpr char wakeUpMessage[] = "SHOW_WINDOW";
+
+/// A System V segment outlives a copy that was killed. Whoever detaches last removes it, so a visit clears a
+/// marker that no living copy holds, and leaves one that is held.
+void removeMarkerOfDeadCopy(const QString &key)
+{
+    QSharedMemory visitor(key);
+    visitor.attach(QSharedMemory::ReadWrite);
+}
+
+} // namespace
+
+SingleApplication::SingleApplication(int &argc, char **argv, const QString &appId)
+    : QApplication(argc, argv)
+    , m_appId(appId.isEmpty() ? QCoreApplication::applicationName() : appId)
+    , m_sharedMemoryKey(m_appId + QStringLiteral("_SharedMemory"))
+    , m_serverName(m_appId + QStringLiteral("_LocalServer"))
+{
+    removeMarkerOfDeadCopy(m_sharedMemoryKey);
+    m_sharedMemory = new QSharedMemory(m_sharedMemoryKey, this);
+    m_isRunning = m_sharedMemory->attach(QSharedMemory::ReadWrite);
+    if (m_isRunning)
+        wakeOtherCopy();
+    else
+        becomeFirstCopy();
+}
+
+SingleApplication::~SingleApplication()
+{
+    m_sharedMemory->detach();
+    delete m_sharedMemory;
+    if (m_localServer != nullptr) {
+        m_localServer->close();
+        delete m_localServer;
+    }
+}
+
+void SingleApplication::wakeOtherCopy() const
+{
+    constexpr int limitMs = 1000;
+    WindowActivation::letOtherProcessesComeToFront();
+    QLocalSocket socket;
+    socket.connectToServer(m_serverName, QIODevice::ReadWrite);
+    if (!socket.waitForConnected(limitMs))
+        return;
+    socket.write(wakeUpMessage);
+    socket.waitForBytesWritten(limitMs);
+    socket.disconnectFromServer();
+}
+
+void SingleApplication::becomeFirstCopy()
+{
+    // Only the segment's existence matters; nothing is ever written to it.
+    constexpr int markerBytes = 8;
+    m_sharedMemory->create(markerBytes, QSharedMemory::ReadWrite);
+    m_localServer = new QLocalServer(this);
+    connect(m_localServer, &QLocalServer::newConnection, this, &SingleApplication::onNewConnection);
+    QLocalServer::removeServer(m_serverName);
+    m_localServer->listen(m_serverName);
+}
+
+void SingleApplication::showMainWindow()
+{
+    emit instanceStarted();
+}
+
+void SingleApplication::onNewConnection()
+{
+    constexpr int limitMs = 3000;
+    QLocalSocket *const socket = m_localServer->nextPendingConnection();
+    if (socket == nullptr)
+        return;
+    if (socket->waitForReadyRead(limitMs) &&
+        QString::fromUtf8(socket->readAll()) == QLatin1String(wakeUpMessage))
+        emit instanceStarted();
+    socket->disconnectFromServer();
+    socket->deleteLater();
+}
