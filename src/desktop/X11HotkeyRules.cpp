@@ -156,6 +156,8 @@ std::optional<quint32> X11HotkeyRules::keysymFor(Qt::Key key)
 {
     const auto character = quint32(key);
     if (character <= lastTextKey) {
+        if (character < Qt::Key_Space)
+            return std::nullopt;
         const quint32 keysym = xkb_utf32_to_keysym(QChar::toLower(character));
         return keysym == XKB_KEY_NoSymbol ? std::nullopt : std::optional<quint32>(keysym);
     }
