@@ -216,11 +216,8 @@ GlobalHotkeyPrivateX11::combinationsFor(GlobalHotkey::NativeShortcut shortcut)
     Combinations combinations;
     const quint16 modifiers = X11HotkeyRules::maskOn(m_keyboard, shortcut.modifier);
     const QVector<quint8> keycodes = X11HotkeyRules::keycodesFor(m_keyboard, shortcut.key);
-    for (quint8 keycode : keycodes) {
-        // To the server 0 means any key at all.
-        if (keycode != XCB_GRAB_ANY)
-            combinations.append({keycode, modifiers});
-    }
+    for (quint8 keycode : keycodes)
+        combinations.append({keycode, modifiers});
     if (combinations.isEmpty())
         m_error = QStringLiteral("This keyboard has no key for the keysym 0x%1.").arg(shortcut.key, 0, 16);
     return combinations;
@@ -364,7 +361,7 @@ void GlobalHotkeyPrivateX11::handleEvents()
     if (xcb_connection_has_error(m_connection.get()) != 0 && m_notifier.isEnabled()) {
         m_notifier.setEnabled(false);
         m_letGoTimer.stop();
-        qCWarning(lcGlobalHotkey, "The X server is gone, and the hot keys with it");
+        qCWarning(lcGlobalHotkey, "The connection to the X server is lost, and the hot keys with it");
     }
 }
 

@@ -20,6 +20,7 @@ constexpr quint32 firstFunctionKeysym = 0xfd00;
 constexpr quint32 lastFunctionKeysym = 0xffff;
 constexpr quint32 firstMultimediaKeysym = 0x10080000;
 constexpr int modifierCount = 8;
+constexpr quint8 anyKey = 0; // what a grab takes this key code for
 
 struct KeyKeysym
 {
@@ -202,8 +203,9 @@ QVector<quint8> X11HotkeyRules::keycodesFor(const Keyboard &keyboard, quint32 ke
     const int step = isCharacter(keysym) ? 1 : 2;
     for (int column = 0; column < keyboard.keysymsPerKeycode && keycodes.isEmpty(); column += step) {
         for (int index = 0; index < keycodeCount(keyboard); ++index) {
-            if (keysymAt(keyboard, index, column) == keysym)
-                keycodes.append(quint8(keyboard.firstKeycode + index));
+            const auto keycode = quint8(keyboard.firstKeycode + index);
+            if (keycode != anyKey && keysymAt(keyboard, index, column) == keysym)
+                keycodes.append(keycode);
         }
     }
     constexpr quint8 evdevF13 = 191;

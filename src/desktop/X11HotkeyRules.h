@@ -57,7 +57,8 @@ quint16 maskOn(const Keyboard &keyboard, quint32 conventionalMask);
 
 /// The key codes that bear the keysym in the first column in which any does; Shift does not matter for a
 /// character, while other keys count without Shift only. Where Linux numbers the keys, F13 to F24 are found
-/// even if the layout gives them other names, as the usual ones do. Empty when no key bears it.
+/// even if the layout gives them other names, as the usual ones do. Empty when no key bears it; never 0,
+/// which to a grab means any key at all.
 QVector<quint8> keycodesFor(const Keyboard &keyboard, quint32 keysym);
 
 /// The states of the lock keys that a grab has to be made for: none, Caps Lock, Num Lock and both. Without a

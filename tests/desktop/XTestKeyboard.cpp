@@ -83,10 +83,16 @@ quint16 XTestKeyboard::modifiers() const
 
 void XTestKeyboard::setKeysym(quint8 keycode, quint32 keysym)
 {
+    setKeysyms(keycode, QVector<quint32>(keysymsOf(keycode).size(), keysym));
+}
+
+void XTestKeyboard::setKeysyms(quint8 keycode, QVector<quint32> keysyms)
+{
     const QVector<quint32> before = keysymsOf(keycode);
     if (!m_originalKeysyms.contains(keycode))
         m_originalKeysyms.insert(keycode, before);
-    writeKeysyms(keycode, QVector<quint32>(before.size(), keysym));
+    keysyms.resize(before.size());
+    writeKeysyms(keycode, keysyms);
 }
 
 void XTestKeyboard::setModifierKeys(const QVector<quint8> &keycodes)
@@ -138,6 +144,11 @@ void XTestKeyboard::ungrab(quint8 keycode, quint16 modifiers)
 {
     finish(m_connection.get(), xcb_ungrab_key_checked(m_connection.get(), keycode, m_root, modifiers),
            "UngrabKey");
+}
+
+void XTestKeyboard::killClientOf(quint32 resource)
+{
+    finish(m_connection.get(), xcb_kill_client_checked(m_connection.get(), resource), "KillClient");
 }
 
 void XTestKeyboard::fake(quint8 type, quint8 keycode)

@@ -31,6 +31,8 @@ public:
 
     /// Gives the key this keysym in every column.
     void setKeysym(quint8 keycode, quint32 keysym);
+    /// Gives the key these keysyms in the first columns and none in the others.
+    void setKeysyms(quint8 keycode, QVector<quint32> keysyms);
     /// Says which keys drive the eight modifiers, the same number for each.
     void setModifierKeys(const QVector<quint8> &keycodes);
     QVector<quint8> modifierKeys() const;
@@ -42,6 +44,9 @@ public:
     /// Grabs exactly this combination; false when somebody else has it.
     bool grab(quint8 keycode, quint16 modifiers);
     void ungrab(quint8 keycode, quint16 modifiers);
+
+    /// Has the server close the connection that made this resource.
+    void killClientOf(quint32 resource);
 
 private:
     struct Disconnect

@@ -8,8 +8,8 @@
 
 #include <QApplication>
 
-#include <X11/XF86keysym.h>
 #include <X11/keysym.h>
+#include <xcb/xcb.h>
 
 using NativeShortcut = GlobalHotkey::NativeShortcut;
 
@@ -59,12 +59,14 @@ private slots:
     void isRefusedWithATextWhatAnotherProgramHasTaken();
     void isFreeForOthersWhenItIsUnregistered();
     void givesBackWhatItGotOfAPartlyTakenCombination();
+    void keepsTheKeyOfAnotherHotkeyWhenOneIsPartlyTaken();
     void refusesAKeyThatTheKeyboardLacks_data();
     void refusesAKeyThatTheKeyboardLacks();
 
     void followsTheKeyThroughAChangeOfTheMapping();
     void followsNumLockThroughAChangeOfTheModifiers();
     void saysWhatIsLostWithANewMapping();
+    void saysThatTheServerIsLost();
 
 private:
     void type(quint8 keycode, const QVector<quint8> &with = {});
@@ -109,6 +111,7 @@ void tst_GlobalHotkeyPrivateX11::cleanup()
     if (m_keyboard.modifiers() & numLock)
         m_keyboard.tap(m_keyboard.keycodeOf(XK_Num_Lock));
     QCOMPARE(m_keyboard.modifiers(), quint16(0));
+    m_keyboard.restoreMapping();
 }
 
 void tst_GlobalHotkeyPrivateX11::isChosenOnX11()
@@ -289,7 +292,6 @@ void tst_GlobalHotkeyPrivateX11::firesOnEveryKeyThatBearsTheKeysym()
     }
     QVERIFY(!m_keyboard.isTaken(another, 0));
     QVERIFY(!m_keyboard.isTaken(m_f9, 0));
-    m_keyboard.restoreMapping();
 }
 
 void tst_GlobalHotkeyPrivateX11::sharesAKeyBetweenTwoCharactersOfIt()
@@ -385,6 +387,29 @@ void tst_GlobalHotkeyPrivateX11::givesBackWhatItGotOfAPartlyTakenCombination()
     QVERIFY(hotkey.setRegistered(true));
 }
 
+void tst_GlobalHotkeyPrivateX11::keepsTheKeyOfAnotherHotkeyWhenOneIsPartlyTaken()
+{
+    constexpr quint8 another = 248;
+    const quint8 key = m_keyboard.keycodeOf(XK_grave);
+    GlobalHotkey f9(QKeySequence(QStringLiteral("F9")), true);
+    m_keyboard.setKeysyms(another, {XK_F9, XK_asciitilde});
+    QTRY_VERIFY(m_keyboard.isTaken(another, 0)); // the new mapping is known
+    QVERIFY(f9.setRegistered(false));
+    QVERIFY(m_keyboard.grab(another, 0));
+    WatchedHotkey grave(QKeySequence(int('`')));
+    {
+        // On two keys, one of which is taken, and the other is the first hot key's as well.
+        const LogCapture log("GlobalHotkey");
+        GlobalHotkey tilde(QKeySequence(int('~')), true);
+        QVERIFY(!tilde.isRegistered());
+        QCOMPARE(log.count(QStringLiteral("warning: Failed to register ~. Error: Another program has taken")),
+                 1);
+    }
+    type(key);
+    QTRY_COMPARE(grave.releases.count(), 1);
+    m_keyboard.ungrab(another, 0);
+}
+
 void tst_GlobalHotkeyPrivateX11::refusesAKeyThatTheKeyboardLacks_data()
 {
     QTest::addColumn<quint32>("keysym");
@@ -461,6 +486,32 @@ void tst_GlobalHotkeyPrivateX11::saysWhatIsLostWithANewMapping()
     QTRY_VERIFY(m_keyboard.isTaken(m_f9, 0));
     type(m_f9);
     QTRY_COMPARE(f9.releases.count(), 1);
+}
+
+void tst_GlobalHotkeyPrivateX11::saysThatTheServerIsLost()
+{
+    GlobalHotkeyPrivateX11::Connection connection(xcb_connect(nullptr, nullptr));
+    const quint32 root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    const quint32 resource = xcb_generate_id(connection.get());
+    QVERIFY(!xcb_request_check(connection.get(),
+                               xcb_create_gc_checked(connection.get(), resource, root, 0, nullptr)));
+    const LogCapture log("GlobalHotkey");
+    GlobalHotkeyPrivateX11 backend(std::move(connection), root);
+    GlobalHotkey f9(QKeySequence(QStringLiteral("F9")));
+    QVERIFY(backend.addShortcut(&f9));
+    m_keyboard.killClientOf(resource);
+    QTRY_COMPARE(log.lines(),
+                 QStringList{QStringLiteral("warning: The connection to the X server is lost, and the "
+                                            "hot keys with it")});
+    GlobalHotkey f10(QKeySequence(QStringLiteral("F10")));
+    QVERIFY(!backend.addShortcut(&f10));
+    QVERIFY(!backend.removeShortcut(&f9));
+    QCOMPARE(log.lines().mid(1),
+             (QStringList{
+                 QStringLiteral("warning: Failed to register F10. Error: The connection to the X server is "
+                                "lost."),
+                 QStringLiteral("warning: Failed to unregister F9. Error: The connection to the X server is "
+                                "lost.")}));
 }
 
 LARKSPIRE_TEST_MAIN(tst_GlobalHotkeyPrivateX11)

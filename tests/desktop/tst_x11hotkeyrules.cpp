@@ -121,6 +121,7 @@ private slots:
     void findsTheHighFunctionKeysByTheirLinuxNumbers_data();
     void findsTheHighFunctionKeysByTheirLinuxNumbers();
     void prefersTheLayoutToLinuxNumbers();
+    void neverFindsTheKeyCodeThatMeansAnyKey();
     void findsNothingOnAKeyboardThatCouldNotBeRead();
     void coversEveryStateOfTheLockKeys_data();
     void coversEveryStateOfTheLockKeys();
@@ -339,6 +340,14 @@ void tst_X11HotkeyRules::prefersTheLayoutToLinuxNumbers()
     keyboard.keysyms[0] = named("F14");
     QCOMPARE(keycodesFor(keyboard, named("F14")), QVector<quint8>{10});
     QCOMPARE(keycodesFor(keyboard, named("F13")), QVector<quint8>{191});
+}
+
+void tst_X11HotkeyRules::neverFindsTheKeyCodeThatMeansAnyKey()
+{
+    Keyboard keyboard = smallKeyboard();
+    keyboard.firstKeycode = 0;
+    QCOMPARE(keycodesFor(keyboard, named("1")), QVector<quint8>{});
+    QCOMPARE(keycodesFor(keyboard, named("q")), QVector<quint8>{1});
 }
 
 void tst_X11HotkeyRules::findsNothingOnAKeyboardThatCouldNotBeRead()
