@@ -80,8 +80,7 @@ void SingleApplication::onNewConnection()
     QLocalSocket *const socket = m_localServer->nextPendingConnection();
     if (socket == nullptr)
         return;
-    if (socket->waitForReadyRead(limitMs) &&
-        QString::fromUtf8(socket->readAll()) == QLatin1String(wakeUpMessage))
+    if (socket->waitForReadyRead(limitMs) && socket->readAll() == QByteArray(wakeUpMessage))
         emit instanceStarted();
     socket->disconnectFromServer();
     socket->deleteLater();
