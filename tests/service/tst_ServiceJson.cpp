@@ -1,0 +1,87 @@
+#include "service/Json.h"
+#include "service/ServiceError.h"
+#include "support/IsolatedHome.h"
+
+#include <QCoreApplication>
+#include <QtTest>
+
+using namespace service;
+
+/// JSON in and out.
+class ServiceJsonTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void onlyObjectsAreTaken_data();
+    void onlyObjectsAreTaken();
+    void fieldsAreReadWithTheirTypes();
+    void repliesKeepTheirOrder();
+    void bytesThatAreNoUtf8AreReplaced();
+    void wrongTypesKeepNamesAndNesting();
+};
+
+void ServiceJsonTest::onlyObjectsAreTaken_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("good");
+    QTest::newRow("object") << QByteArray(R"({"a":1})") << true;
+    QTest::newRow("empty object") << QByteArray("{}") << true;
+    QTest::newRow("list") << QByteArray("[]") << false;
+    QTest::newRow("nothing") << QByteArray() << false;
+    QTest::newRow("text") << QByteArray(R"("a")") << false;
+    QTest::newRow("cut") << QByteArray(R"({"a":)") << false;
+    QTest::newRow("something behind") << QByteArray("{} x") << false;
+    QTest::newRow("no UTF-8") << QByteArray("{\"a\":\"\xff\"}") << false;
+    QTest::newRow("deeply nested and cut") << QByteArray(500000, '[') << false;
+    QTest::newRow("deeply nested") << QByteArray("{\"a\":") + QByteArray(200000, '[') +
+                                          QByteArray(200000, ']') + "}"
+                                   << true;
+}
+
+void ServiceJsonTest::onlyObjectsAreTaken()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, good);
+    QCOMPARE(parseObject(text.toStdString()).has_value(), good);
+}
+
+void ServiceJsonTest::fieldsAreReadWithTheirTypes()
+{
+    const JsonIn object = *parseObject(R"({"text":"a","flag":true,"number":7,"null":null})");
+    QCOMPARE(requiredText(object, "text"), std::string("a"));
+    QCOMPARE(optionalText(object, "missing", "b"), std::string("b"));
+    QCOMPARE(optionalFlag(object, "flag", false), true);
+    QCOMPARE(optionalFlag(object, "missing", true), true);
+    QCOMPARE(optionalNumber(object, "number").value_or(0), std::int64_t(7));
+    QVERIFY(!optionalNumber(object, "missing").has_value());
+    QVERIFY_EXCEPTION_THROWN(requiredText(object, "missing"), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(requiredText(object, "number"), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(optionalText(object, "null"), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(optionalFlag(object, "text", false), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(optionalNumber(object, "text"), ServiceError);
+}
+
+void ServiceJsonTest::repliesKeepTheirOrder()
+{
+    QCOMPARE(toWire(Json{{"success", true}, {"data", {{"z", 1}, {"a", 2}}}}),
+             std::string(R"({"success":true,"data":{"z":1,"a":2}})"));
+}
+
+void ServiceJsonTest::bytesThatAreNoUtf8AreReplaced()
+{
+    QCOMPARE(toWire(Json{{"a", "x\xffy"}}), std::string("{\"a\":\"x\xEF\xBF\xBDy\"}"));
+}
+
+void ServiceJsonTest::wrongTypesKeepNamesAndNesting()
+{
+    const Json given =
+        Json::parse(R"({"success":true,"data":{"id":"N1","total":3,"none":null,"list":[{"a":1.5}]}})");
+    QCOMPARE(
+        toWire(withWrongTypes(given)),
+        std::string(
+            R"({"success":"yes","data":{"id":42,"total":"3","none":[],"list":["not an object",{"a":"1.5"}]}})"));
+}
+
+LARKSPIRE_GUILESS_TEST_MAIN(ServiceJsonTest)
+#include "tst_ServiceJson.moc"
