@@ -1,0 +1,283 @@
+#include "accounts/AuthManager.h"
+#include "app/AppTestSupport.h"
+#include "app/LarkspireAppPeer.h"
+#include "newsclient/ApiClient.h"
+#include "resources/LarkspireResources.h"
+#include "settings/ConfigManager.h"
+#include "support/IsolatedHome.h"
+#include "support/LogCapture.h"
+#include "support/speechplugin/SpeechStage.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QTableWidget>
+#include <QtTest>
+
+namespace {
+
+QString labelText(const LarkspireApp &window, const char *name)
+{
+    return window.findChild<QLabel *>(QLatin1String(name))->text();
+}
+
+} // namespace
+
+/// What logins start, from the stored credentials to the first news on screen.
+class TestLarkspireAppAccount : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void successfulLoginShowsTheWindowAndStartsTheCycle();
+    void keyOfTheLoginIsStoredAndUsed();
+    void withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond();
+    void promptIsSilentOnceSomebodyIsLoggedIn();
+    void restoredSessionLeavesTheWindowHidden();
+    void logoutIsSeenInTheLabels();
+    void failedAutomaticLoginOfTheNetworkIsToldAndKeepsTheProgramWaiting();
+    void unreachableServiceIsToldTheSameWay();
+    void refusedAutomaticLoginIsTold();
+    void failedLoginByHandIsLeftToItsDialog();
+    void successWithoutAKeyShowsTheWindowAndStartsNothing();
+    void loginActionOpensThePrompt();
+    void otherStatusesDoNothing_data();
+    void otherStatusesDoNothing();
+
+private:
+    std::unique_ptr<ScriptedService> m_service;
+};
+
+void TestLarkspireAppAccount::init()
+{
+    clearSettings();
+    SpeechStage::instance().reset();
+    m_service = std::make_unique<ScriptedService>();
+    m_service->news = {newsObject(QStringLiteral("1"), QStringLiteral("早讯"), QDateTime::currentDateTime())};
+}
+
+void TestLarkspireAppAccount::successfulLoginShowsTheWindowAndStartsTheCycle()
+{
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QVERIFY(LarkspireAppPeer::autoLoginPending(window));
+    QVERIFY(!window.isVisible());
+    QSignalSpy loggedIn(window.findChild<AuthManager *>(), &AuthManager::loginFinished);
+    QSignalSpy health(window.findChild<ApiClient *>(), &ApiClient::healthCheckResult);
+    QSignalSpy news(window.findChild<ApiClient *>(), &ApiClient::newsReceived);
+
+    QVERIFY(loggedIn.wait());
+    QElapsedTimer sinceLogin;
+    sinceLogin.start();
+    QVERIFY(window.isVisible());
+    QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("lark@larkspire.example"));
+    QVERIFY(!window.findChild<QAction *>(QStringLiteral("actionLogin"))->isVisible());
+    QVERIFY(!LarkspireAppPeer::refreshTimer(window)->isActive());
+    QCOMPARE(labelText(window, "connectionLabel"), QStringLiteral("未连接"));
+
+    QTRY_COMPARE(labelText(window, "connectionLabel"), QStringLiteral("API: 连接中..."));
+    QVERIFY(sinceLogin.elapsed() > 1700);
+    QCOMPARE(labelText(window, "statusLabel"), QStringLiteral("正在连接API服务器..."));
+    QVERIFY(health.wait());
+    // The answer of the health check changes nothing.
+    QCOMPARE(labelText(window, "connectionLabel"), QStringLiteral("API: 连接中..."));
+
+    QVERIFY(news.wait());
+    QVERIFY(sinceLogin.elapsed() > 2700);
+    QCOMPARE(labelText(window, "statusLabel"), QStringLiteral("已加载 1 条新闻"));
+    QVERIFY(LarkspireAppPeer::refreshTimer(window)->isActive());
+    QCOMPARE(window.findChild<QTableWidget *>(QStringLiteral("newsTableWidget"))->rowCount(), 1);
+    QCOMPARE(m_service->newsQueries().size(), 1);
+}
+
+void TestLarkspireAppAccount::keyOfTheLoginIsStoredAndUsed()
+{
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(window.isVisible());
+    QCOMPARE(ConfigManager::instance()->getApiKey(), QStringLiteral("key-of-the-service"));
+    window.findChild<ApiClient *>()->healthCheck();
+    QTRY_COMPARE(m_service->requestCount("newsapi/health"), 1);
+    const RawRequest request = m_service->server().requests().last();
+    QCOMPARE(request.header("X-Session-Token"), QByteArray("token-of-the-service"));
+
+    // Without a session the client names the key of the login and this device.
+    window.findChild<ApiClient *>()->setSessionToken(QString());
+    window.findChild<ApiClient *>()->healthCheck();
+    QTRY_COMPARE(m_service->requestCount("newsapi/health"), 2);
+    const RawRequest second = m_service->server().requests().last();
+    QCOMPARE(second.header("X-API-Key"), QByteArray("key-of-the-service"));
+    QCOMPARE(second.header("X-Device-ID").size(), 32);
+    QCOMPARE(second.header("X-App-Version"), QByteArray("2.0.1"));
+}
+
+void TestLarkspireAppAccount::withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond()
+{
+    ConfigManager::instance()->setApiServerUrl(m_service->url());
+    const LogCapture log;
+    LarkspireApp window;
+    QElapsedTimer since;
+    since.start();
+    QTRY_COMPARE(trayMessage(), QStringLiteral("尚未登录\n登录之后才能接收新闻"));
+    QVERIFY(since.elapsed() > 800);
+    QVERIFY(log.count(QStringLiteral("no login dialog")) == 1);
+    QVERIFY(!window.isVisible());
+    QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("未登录"));
+    QVERIFY(m_service->server().requests().isEmpty());
+}
+
+void TestLarkspireAppAccount::promptIsSilentOnceSomebodyIsLoggedIn()
+{
+    storeSession(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(window.findChild<AuthManager *>()->isAuthenticated());
+    const LogCapture log;
+    // As after a change to "nobody" that a login has overtaken.
+    emit window.findChild<AuthManager *>()->authStatusChanged(NotAuthenticated);
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QCOMPARE(log.count(QStringLiteral("no login dialog")), 0);
+}
+
+void TestLarkspireAppAccount::restoredSessionLeavesTheWindowHidden()
+{
+    storeSession(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(window.findChild<AuthManager *>()->isAuthenticated());
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(pumped.wait());
+    QVERIFY(!window.isVisible());
+    QVERIFY(m_service->newsQueries().isEmpty());
+    QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("云雀"));
+}
+
+void TestLarkspireAppAccount::logoutIsSeenInTheLabels()
+{
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(window.isVisible());
+    QVERIFY(!LarkspireAppPeer::userInfo(window).isEmpty());
+    window.findChild<AuthManager *>()->logout();
+    QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("未登录"));
+    QVERIFY(window.findChild<QAction *>(QStringLiteral("actionLogin"))->isVisible());
+    QVERIFY(LarkspireAppPeer::userInfo(window).isEmpty());
+}
+
+void TestLarkspireAppAccount::failedAutomaticLoginOfTheNetworkIsToldAndKeepsTheProgramWaiting()
+{
+    m_service->loginRefusal = {{QStringLiteral("success"), false},
+                               {QStringLiteral("error"), QStringLiteral("Gateway Timeout")}};
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_COMPARE(labelText(window, "statusLabel"), QStringLiteral("网络错误: Gateway Timeout"));
+    QCOMPARE(window.findChild<QLabel *>(QStringLiteral("statusLabel"))->styleSheet(),
+             QStringLiteral("color: #e74c3c; font-weight: bold;"));
+    QTRY_COMPARE(trayMessage(), QStringLiteral("网络连接失败\nGateway Timeout"));
+    QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
+    QVERIFY(!window.isVisible());
+}
+
+void TestLarkspireAppAccount::unreachableServiceIsToldTheSameWay()
+{
+    m_service->server().refuseConnections();
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(labelText(window, "statusLabel").startsWith(QStringLiteral("网络错误: 网络错误: ")));
+    QTRY_VERIFY(trayMessage().startsWith(QStringLiteral("网络连接失败\n")));
+}
+
+void TestLarkspireAppAccount::refusedAutomaticLoginIsTold()
+{
+    m_service->loginRefusal = {{QStringLiteral("success"), false},
+                               {QStringLiteral("error"), QStringLiteral("密钥已停用")}};
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_COMPARE(trayMessage(), QStringLiteral("登录失败\n自动登录失败: 密钥已停用\n请重新登录"));
+    QCOMPARE(labelText(window, "statusLabel"), QStringLiteral("就绪"));
+    QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
+    QVERIFY(!window.isVisible());
+}
+
+void TestLarkspireAppAccount::failedLoginByHandIsLeftToItsDialog()
+{
+    storeSession(m_service->url());
+    LarkspireApp window;
+    auto *auth = window.findChild<AuthManager *>();
+    QTRY_VERIFY(auth->isAuthenticated());
+    emit auth->loginFinished(true, QString());
+    QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
+    emit auth->loginFinished(false, QStringLiteral("网络错误"));
+    emit auth->loginFinished(false, QStringLiteral("密码错误"));
+    QCOMPARE(labelText(window, "statusLabel"), QStringLiteral("就绪"));
+    QVERIFY(trayMessage().isEmpty());
+}
+
+void TestLarkspireAppAccount::successWithoutAKeyShowsTheWindowAndStartsNothing()
+{
+    storeSession(m_service->url());
+    LarkspireApp window;
+    auto *auth = window.findChild<AuthManager *>();
+    QTRY_VERIFY(auth->isAuthenticated());
+    QVERIFY(auth->currentUser().apiKey.isEmpty());
+    emit auth->loginFinished(true, QString());
+    QVERIFY(window.isVisible());
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(pumped.wait());
+    QCOMPARE(labelText(window, "connectionLabel"), QStringLiteral("未连接"));
+    QVERIFY(m_service->newsQueries().isEmpty());
+}
+
+void TestLarkspireAppAccount::loginActionOpensThePrompt()
+{
+    storeNoLogin();
+    LarkspireApp window;
+    const LogCapture log;
+    window.findChild<QAction *>(QStringLiteral("actionLogin"))->trigger();
+    QCOMPARE(log.count(QStringLiteral("no login dialog")), 1);
+}
+
+void TestLarkspireAppAccount::otherStatusesDoNothing_data()
+{
+    QTest::addColumn<AuthStatus>("status");
+    QTest::newRow("expired") << SessionExpired;
+    QTest::newRow("error") << AuthenticationError;
+}
+
+void TestLarkspireAppAccount::otherStatusesDoNothing()
+{
+    QFETCH(AuthStatus, status);
+    storeSession(m_service->url());
+    LarkspireApp window;
+    auto *auth = window.findChild<AuthManager *>();
+    QTRY_VERIFY(auth->isAuthenticated());
+    const LogCapture log;
+    emit auth->authStatusChanged(status);
+    emit auth->sessionExpired();
+    emit window.findChild<ApiClient *>()->sessionExpired();
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QCOMPARE(log.count(QStringLiteral("no login dialog")), 0);
+    QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("云雀"));
+    QVERIFY(!window.isVisible());
+}
+
+int main(int argc, char *argv[])
+{
+    IsolatedHome home;
+    QApplication application(argc, argv);
+    setProgramIdentity();
+    QApplication::setQuitOnLastWindowClosed(false);
+    initLarkspireResources();
+    SpeechStage::install();
+    TestLarkspireAppAccount test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_larkspireapp_account.moc"
