@@ -1,0 +1,63 @@
+#include "app/EventLoopGuard.h"
+#include "app/FontSubstitution.h"
+#include "app/LarkspireApp.h"
+#include "app/SingleApplication.h"
+#include "newsclient/NewsRecords.h"
+#include "resources/LarkspireResources.h"
+
+#include <QIcon>
+#include <QLocale>
+#include <QStyleFactory>
+#include <QSystemTrayIcon>
+#include <QTextCodec>
+#include <QTranslator>
+
+namespace {
+
+/// Sizes in pixels are device-independent: the display's factor is taken as it is, 125 % included. Has to
+/// run ahead of the application object.
+void scalePerMonitor()
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    scalePerMonitor();
+    SingleApplication application(argc, argv, QStringLiteral("LarkspireApp"));
+    if (application.isRunning())
+        return 0;
+    initLarkspireResources();
+
+    QCoreApplication::setApplicationName(QStringLiteral("Larkspire"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("云雀资讯"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("2.0.1"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Fernhollow"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("larkspire.example"));
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    qRegisterMetaType<NewsData>("NewsData");
+    // Asked and not used here, as meant: the window asks again and decides.
+    static_cast<void>(QSystemTrayIcon::isSystemTrayAvailable());
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/app.ico")));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    FontSubstitution::apply();
+
+    QTranslator translator;
+    const QStringList languages = QLocale::system().uiLanguages();
+    for (const QString &language : languages) {
+        if (translator.load(QStringLiteral(":/i18n/qt_") + QLocale(language).name())) {
+            QCoreApplication::installTranslator(&translator);
+            break;
+        }
+    }
+
+    LarkspireApp window;
+    QObject::connect(&application, &SingleApplication::instanceStarted, &window,
+                     &LarkspireApp::showAndActivateWindow);
+    return EventLoopGuard::exec();
+}
