@@ -3,10 +3,12 @@
 #include "news/NotificationPlacing.h"
 
 #include <QApplication>
+#include <QBitmap>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QImage>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
@@ -22,6 +24,26 @@ namespace {
 constexpr int fadeMs = 300;
 constexpr int afterHoverMs = 1000;
 constexpr double cornerRadius = 12.0;
+
+// An X server without a compositor shows black where a translucent window is clear: cut the corners off
+// there. The other platforms always compose, and a cut would only roughen the edge.
+bool cornersNeedMask()
+{
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
+QBitmap roundedMask(const QSize &size)
+{
+    QImage card(size, QImage::Format_ARGB32_Premultiplied);
+    card.fill(Qt::transparent);
+    QPainter painter(&card);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(QRectF(QPointF(0, 0), size), cornerRadius, cornerRadius);
+    painter.end();
+    return QBitmap::fromImage(card.createAlphaMask());
+}
 
 // A label whose text can be selected keeps a mouse press for itself; here the card beneath is to have it too.
 class MessageLabel final : public QLabel
@@ -46,6 +68,8 @@ CustomNotification::CustomNotification(QWidget *parent)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
+    // The dark skin pads all buttons, which would clip the cross of this small one.
+    setStyleSheet(QStringLiteral("QPushButton { padding: 0px; }"));
     buildLayout();
 
     m_autoHideTimer->setObjectName(QStringLiteral("autoHideTimer"));
@@ -151,6 +175,8 @@ void CustomNotification::showNotification(const QString &title, const QString &m
     setMaximumSize(NotificationPlacing::cardWidth, heights.card);
     m_messageLabel->setMinimumHeight(heights.message);
     m_messageLabel->setMaximumHeight(heights.message);
+    if (cornersNeedMask())
+        setMask(roundedMask(size()));
 
     place();
     show();
