@@ -164,6 +164,16 @@ private slots:
         QCOMPARE(m_stage.said(), texts({"正在读", "活", "新一", "新二"}));
     }
 
+    void aHeadOfJustItsExpiryIsNotSweptOut()
+    {
+        say({"正在读"}, 45);
+        m_manager->speak(QStringLiteral("还来得及"), 3);
+        advance(3);
+        say({"新"}, 45);
+        drain();
+        QCOMPARE(m_stage.said(), texts({"正在读", "还来得及", "新"}));
+    }
+
     void aFullQueueWithAnExpiredHeadLosesTheNextTextAsWell()
     {
         say({"正在读"}, 45);
