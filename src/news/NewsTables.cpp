@@ -92,6 +92,8 @@ void setUpTable(CustomTableWidget *table, NewsTableKind kind)
     columns->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     columns->setSectionResizeMode(1, QHeaderView::Stretch);
     setFixedWidths(table, kind);
+    // The latest first until the user chooses; the new columns have pushed the header's own default away.
+    columns->setSortIndicator(0, Qt::DescendingOrder);
 
     table->verticalHeader()->hide();
     table->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);

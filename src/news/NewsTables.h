@@ -24,7 +24,8 @@ constexpr int newsRole = Qt::UserRole + 1;
 /// The skin that a widget stands on, by the lightness of its palette.
 NewsSkin skinOf(const QWidget *widget);
 
-/// Gives a table its columns, sizing, selection and sorting. Call once, before the first row.
+/// Gives a table its columns, sizing, selection and sorting (by time, latest first, until the user chooses).
+/// Call once, before the first row.
 void setUpTable(CustomTableWidget *table, NewsTableKind kind);
 
 /// Gives a details view its wrapping, scroll bars and link handling: clicks reach QTextBrowser::anchorClicked

@@ -68,7 +68,7 @@ void RowHeader::settle()
     m_settling = true;
     // Rows that turn out lower let others into sight.
     for (int pass = 0; pass < mostPasses && measureRowsInSight(); ++pass)
-        layOut();
+        applyHeights();
     m_settling = false;
     if (!m_allCurrent)
         m_idleTimer->start();
@@ -79,9 +79,9 @@ void RowHeader::layOut()
     {
         // The table would take each resized section as the reason for another layout and another repaint.
         const QSignalBlocker blocker(this);
-        // Asking for their length carries out the pending sizing of the columns, on which the heights depend.
+        // Asking for the length carries out the sizing that is pending; the heights depend on the columns.
         m_table->horizontalHeader()->length();
-        resizeSections();
+        length();
     }
     m_table->doItemsLayout();
 }
@@ -202,6 +202,15 @@ void RowHeader::measureInIdleTime()
         return;
     m_idleTimer->stop();
     m_allCurrent = true;
+    applyHeights();
+}
+
+void RowHeader::applyHeights()
+{
+    {
+        const QSignalBlocker blocker(this);
+        resizeSections();
+    }
     layOut();
 }
 

@@ -62,6 +62,7 @@ private:
     int sizeFor(int row) const;
     bool measureRowsInSight();
     void measureInIdleTime();
+    void applyHeights();
     void forget(int first, int last);
     void outdate();
     void fixMinimumSize();
