@@ -78,6 +78,15 @@ int CustomTableWidget::sizeHintForRow(int row) const
     return header ? header->rowHeight(row) : QTableWidget::sizeHintForRow(row);
 }
 
+void CustomTableWidget::changeEvent(QEvent *event)
+{
+    QTableWidget::changeEvent(event);
+    // The header itself need not hear of the font: the style sheet keeps it from being handed down.
+    RowHeader *header = rowHeader();
+    if (header && (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange))
+        header->outdate();
+}
+
 void CustomTableWidget::leaveEvent(QEvent *event)
 {
     m_tooltipHideTimer->start();

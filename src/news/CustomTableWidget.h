@@ -34,6 +34,7 @@ public:
     int sizeHintForRow(int row) const override;
 
 protected:
+    void changeEvent(QEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     bool viewportEvent(QEvent *event) override;

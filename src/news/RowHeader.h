@@ -33,6 +33,9 @@ public:
     /// The height of a row, for QAbstractItemView::sizeHintForRow. Measures only a row that is new.
     int rowHeight(int row) const;
 
+    /// All heights may have changed.
+    void outdate();
+
     /// Measures the rows in sight whose height is outdated, and lays the table out if that changed one.
     void settle();
 
@@ -64,7 +67,6 @@ private:
     void measureInIdleTime();
     void applyHeights();
     void forget(int first, int last);
-    void outdate();
     void fixMinimumSize();
 
     std::function<int(int)> m_measure;
