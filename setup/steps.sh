@@ -49,7 +49,7 @@ install_packages() {
     "${as_root[@]}" apt-get -q update >>"$log" 2>&1 || say "The package lists could not be renewed; going on with the old ones"
     total=$("${as_root[@]}" apt-get -s install --no-install-recommends "${missing[@]}" 2>>"$log" | grep -c '^Inst ' || true)
     set +e
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q install --no-install-recommends \
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q -o DPkg::Lock::Timeout=300 install --no-install-recommends \
         "${missing[@]}" 2>&1 | tee -a "$log" | while read -r line; do
         case "$line" in
         "Setting up "*)
