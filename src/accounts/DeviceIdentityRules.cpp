@@ -49,19 +49,15 @@ QString DeviceIdentityRules::windowsVersionName(const QString &kernelVersion,
     }
     static constexpr struct
     {
-        QLatin1String prefix;
-        QLatin1String name;
+        const char *prefix;
+        const char *name;
     } olderVersions[] = {
-        {QLatin1String("6.3"), QLatin1String("Windows 8.1")},
-        {QLatin1String("6.2"), QLatin1String("Windows 8")},
-        {QLatin1String("6.1"), QLatin1String("Windows 7")},
-        {QLatin1String("6.0"), QLatin1String("Windows Vista")},
-        {QLatin1String("5.2"), QLatin1String("Windows XP 64-bit")},
-        {QLatin1String("5.1"), QLatin1String("Windows XP")},
+        {"6.3", "Windows 8.1"},   {"6.2", "Windows 8"},         {"6.1", "Windows 7"},
+        {"6.0", "Windows Vista"}, {"5.2", "Windows XP 64-bit"}, {"5.1", "Windows XP"},
     };
     for (const auto &version : olderVersions) {
-        if (kernelVersion.startsWith(version.prefix))
-            return version.name;
+        if (kernelVersion.startsWith(QLatin1String(version.prefix)))
+            return QLatin1String(version.name);
     }
     return prettyProductName;
 }

@@ -26,14 +26,14 @@ struct Setting
 /// In the reset column: a reset leaves the key as it stands.
 inline constexpr std::nullopt_t kept = std::nullopt;
 
-/// The news service's base address on a machine that was never told another one.
-inline constexpr QLatin1String defaultServiceEndpoint{"http://127.0.0.1:8888"};
-
 /// Text of the table.
 constexpr QLatin1String operator""_L1(const char *text, std::size_t size)
 {
     return QLatin1String(text, static_cast<int>(size));
 }
+
+/// The news service's base address on a machine that was never told another one.
+inline constexpr QLatin1String defaultServiceEndpoint = "http://127.0.0.1:8888"_L1;
 
 // The two columns of values differ in several rows on purpose.
 // clang-format off

@@ -22,7 +22,7 @@ constexpr Colours darkColours{"#2C2F33", "#DCDDDE", "#36393F", "#DCDDDE",
                               "#72767D", "#B9BBBE", "#DCDDDE", "#B9BBBE"};
 constexpr Colours lightColours{"#F8F9FA", "#2C2F33", "#FFFFFF", "#2C2F33",
                                "#B9BBBE", "#72767D", "#2C2F33", "#72767D"};
-constexpr QLatin1String accent{"#00D4AA"};
+constexpr const char *accent = "#00D4AA";
 
 const Colours &coloursOf(ThemeManager::ThemeMode mode)
 {
@@ -102,7 +102,7 @@ QString ThemeManager::getButtonStyle() const
                           "    background-color: #cccccc;"
                           "    color: #666666;"
                           "}")
-        .arg(accent, QStringLiteral("#FFFFFF"), QColor(accent).darker(120).name());
+        .arg(text(accent), QStringLiteral("#FFFFFF"), QColor(text(accent)).darker(120).name());
 }
 
 QString ThemeManager::getDialogStyle() const
@@ -140,7 +140,7 @@ QString ThemeManager::getLineEditStyle() const
                           "    color: %5;"
                           "}")
         .arg(text(colours.lineEditBackground), text(colours.lineEditText), text(colours.lineEditBorder),
-             accent, text(colours.placeholder));
+             text(accent), text(colours.placeholder));
 }
 
 QString ThemeManager::getLabelStyle() const
