@@ -6,6 +6,8 @@
 
 #include "app/SingleApplication.h"
 
+#include "support/IsolatedHome.h"
+
 #include <QLocalServer>
 #include <QSocketNotifier>
 
@@ -25,7 +27,9 @@ void say(const char *word)
 
 int main(int argc, char *argv[])
 {
+    pauseLeakCheck();
     SingleApplication application(argc, argv, QString::fromLocal8Bit(argc > 1 ? argv[1] : ""));
+    resumeLeakCheck();
     if (application.isRunning()) {
         say("second");
         return 0;

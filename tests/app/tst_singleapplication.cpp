@@ -399,7 +399,9 @@ private:
 int main(int argc, char *argv[])
 {
     IsolatedHome home;
+    pauseLeakCheck();
     SingleApplication application(argc, argv, uniqueId());
+    resumeLeakCheck();
     TestSingleApplication test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -5,6 +5,10 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 IsolatedHome::IsolatedHome()
 {
     if (!m_dir.isValid())
@@ -36,7 +40,8 @@ void setProgramIdentity()
 
 QString settingsFilePath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/larkspire.ini");
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) +
+           QStringLiteral("/larkspire.ini");
 }
 
 void clearSettings()
@@ -44,4 +49,18 @@ void clearSettings()
     QSettings settings(settingsFilePath(), QSettings::IniFormat);
     settings.clear();
     settings.sync();
+}
+
+void pauseLeakCheck()
+{
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_disable();
+#endif
+}
+
+void resumeLeakCheck()
+{
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_enable();
+#endif
 }
