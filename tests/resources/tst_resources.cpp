@@ -1,6 +1,7 @@
 #include "resources/LarkspireResources.h"
 #include "support/IsolatedHome.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QGuiApplication>
 #include <QIcon>
@@ -54,6 +55,20 @@ private slots:
         QFile file(path);
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
         QVERIFY(!file.readAll().isEmpty());
+    }
+
+    void everyCompiledInPictureCanBeDecoded()
+    {
+        int pictures = 0;
+        for (const char *folder : {":/icons", ":/images"}) {
+            QDirIterator files(QString::fromLatin1(folder), QDir::Files);
+            while (files.hasNext()) {
+                QImageReader reader(files.next());
+                QVERIFY2(!reader.read().isNull(), qPrintable(files.filePath() + reader.errorString()));
+                ++pictures;
+            }
+        }
+        QVERIFY(pictures >= 3);
     }
 
     void aSecondInitialisationChangesNothing()
