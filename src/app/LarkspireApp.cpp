@@ -2,6 +2,7 @@
 
 #include "accounts/AuthManager.h"
 #include "accounts/DeviceIdentity.h"
+#include "app/EmptyListHint.h"
 #include "app/MainWindowUi.h"
 #include "app/WindowRules.h"
 #include "desktop/AutoStartManager.h"
@@ -281,6 +282,10 @@ void LarkspireApp::setupTables()
         NewsTables::setUpDetailsView(view.details);
     }
     m_mainNews = new MainNewsTable(m_ui->newsTableWidget);
+    new EmptyListHint(m_ui->newsTableWidget, QStringLiteral("登录后，最新的新闻会显示在这里"));
+    new EmptyListHint(m_ui->interactivePlatformTableWidget, QStringLiteral("互动平台的新闻会显示在这里"));
+    new EmptyListHint(m_ui->selectedNewsTableWidget, QStringLiteral("命中自选关键词的新闻会显示在这里"));
+    new EmptyListHint(m_ui->searchResultsTableWidget, QStringLiteral("没有搜索结果"));
     for (QSplitter *splitter :
          {m_ui->interactivePlatformSplitter, m_ui->selectedNewsSplitter, m_ui->searchRightSplitter})
         setupSplitter(splitter);
@@ -304,7 +309,7 @@ void LarkspireApp::applyConfig(bool showWindow)
     m_ui->connectionLabel->setTextFormat(Qt::RichText);
     setWindowFlag(Qt::WindowStaysOnTopHint, m_config.enableTopmost);
     if (showWindow)
-        show();
+        showRestored();
 
     if (m_apiClient) {
         m_apiClient->setBaseUrl(m_config.serverUrl);

@@ -5,6 +5,7 @@
 #include "settings/AppConfig.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QJsonObject>
 #include <QList>
 #include <QMainWindow>
@@ -154,6 +155,8 @@ private:
     /// Whether the program may end: asks when it could live on in the tray instead.
     bool confirmExit();
     bool trayVisible() const;
+    /// Whether the window was on the screen when a double click on the tray icon began.
+    bool shownAtTrayClick() const;
     /// Sets the window flags and puts a window that they have hidden back where it was.
     void changeWindowFlags(Qt::WindowFlags flags);
     void updateTopMostAction(bool enabled);
@@ -164,6 +167,7 @@ private:
     void hideMinimized();
     /// Second and third step of showAndActivateWindow().
     void revealWindow();
+    void showRestored();
     void raiseWindow();
     void setDetailsVisible(bool visible);
     /// A message at the tray icon; skipped when the icon is absent or hidden.
@@ -241,6 +245,8 @@ private:
     QJsonObject m_userInfo;
     bool m_autoLoginPending = false;
     bool m_hiddenByMinimize = false;
+    QElapsedTimer m_sinceTrayClick;
+    bool m_shownAtTrayClick = false;
 
     MainNewsTable *m_mainNews = nullptr;
     QString m_lastNewsId;

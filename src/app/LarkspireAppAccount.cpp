@@ -35,7 +35,7 @@ void LarkspireApp::onLoginFinished(bool success, const QString &message)
         if (m_authManager && m_authManager->isAuthenticated())
             startNewsCycle();
         refreshUserStatusFromAuth();
-        show();
+        showRestored();
         raise();
         activateWindow();
         return;

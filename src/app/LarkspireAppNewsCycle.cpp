@@ -40,8 +40,11 @@ int LarkspireApp::effectiveRefreshInterval(int seconds)
 
 void LarkspireApp::setStatusText(const QString &text, const QString &style)
 {
-    m_ui->statusLabel->setStyleSheet(style);
-    m_ui->statusLabel->setText(text);
+    QLabel *label = m_ui->statusLabel;
+    label->setStyleSheet(style);
+    label->setText(text);
+    // The label's place is fixed; what does not fit is told whole by the tip.
+    label->setToolTip(label->sizeHint().width() > label->width() ? text : QString());
 }
 
 void LarkspireApp::startRefreshTimer()

@@ -103,7 +103,7 @@ void LarkspireApp::onTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
 {
     switch (reason) {
     case QSystemTrayIcon::DoubleClick:
-        if (isVisible() && !isMinimized()) {
+        if (shownAtTrayClick() && isVisible() && !isMinimized()) {
             // The first click of the two has asked for the window; that is off now.
             m_revealTimer->stop();
             m_raiseTimer->stop();
@@ -113,6 +113,10 @@ void LarkspireApp::onTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
         showAndActivateWindow();
         break;
     case QSystemTrayIcon::Trigger:
+        m_shownAtTrayClick = isVisible() && !isMinimized();
+        m_sinceTrayClick.start();
+        showAndActivateWindow();
+        break;
     case QSystemTrayIcon::MiddleClick:
         showAndActivateWindow();
         break;
@@ -120,6 +124,15 @@ void LarkspireApp::onTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
     case QSystemTrayIcon::Unknown:
         break;
     }
+}
+
+bool LarkspireApp::shownAtTrayClick() const
+{
+    // The first click of a double click is reported as a click of its own and brings a hidden window back:
+    // the second one is not to take it away again.
+    const bool partOfADoubleClick =
+        m_sinceTrayClick.isValid() && m_sinceTrayClick.elapsed() <= QApplication::doubleClickInterval();
+    return !partOfADoubleClick || m_shownAtTrayClick;
 }
 
 void LarkspireApp::onTrayMessageClicked()

@@ -38,11 +38,17 @@ void LarkspireApp::showAndActivateWindow()
 
 void LarkspireApp::revealWindow()
 {
-    if (isHidden())
-        show();
+    showRestored();
+    m_raiseTimer->start();
+}
+
+void LarkspireApp::showRestored()
+{
+    // Never as an icon first: the window system's word about that would come late and hide the window again.
     if (isMinimized())
         showNormal();
-    m_raiseTimer->start();
+    else
+        show();
 }
 
 void LarkspireApp::raiseWindow()

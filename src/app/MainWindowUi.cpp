@@ -30,6 +30,7 @@ constexpr int ControlRowMaximumHeight = 80;
 constexpr int CountFieldMaximumWidth = 80;
 constexpr int StatusItemTop = 2;
 constexpr int StatusItemHeight = 20;
+constexpr int StatusTextIndent = 6;
 
 template <typename Kind, typename... Arguments>
 Kind *make(const QString &objectName, Arguments... arguments)
@@ -356,6 +357,10 @@ void MainWindowUi::buildStatusBar(QMainWindow *window)
     place(userStatusLabel, 920, 200);
     userInfoButton = make<QPushButton>(QStringLiteral("userInfoButton"), QStringLiteral("用户"), statusbar);
     place(userInfoButton, 1130, 60);
+
+    // Text stands off the window's left edge, and off its neighbour.
+    for (QLabel *label : {statusLabel, newsCountLabel, connectionLabel, userStatusLabel})
+        label->setIndent(StatusTextIndent);
 
     // The bar paints a passing message where statusLabel stands; the label gives way while it lasts.
     QObject::connect(statusbar, &QStatusBar::messageChanged, statusLabel,

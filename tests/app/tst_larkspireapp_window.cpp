@@ -78,6 +78,7 @@ private slots:
     void showAndActivateMovesAWindowWithoutGeometryToItsPlace();
     void doubleClickOnTheTrayHidesAndBringsBack();
     void fastRealDoubleClickOnTheTrayHides();
+    void slowRealDoubleClickOnTheTrayBringsBack();
     void singleAndMiddleClickOnTheTrayShow_data();
     void singleAndMiddleClickOnTheTrayShow();
     void clickOnAMessageOrACardShows_data();
@@ -439,6 +440,21 @@ void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayHides()
     QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
     QVERIFY(pumped.wait());
     QVERIFY(!window->isVisible());
+}
+
+void TestLarkspireAppWindow::slowRealDoubleClickOnTheTrayBringsBack()
+{
+    const int interval = QApplication::doubleClickInterval();
+    QApplication::setDoubleClickInterval(60000);
+    LarkspireApp window;
+    QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(window);
+    emit tray->activated(QSystemTrayIcon::Trigger);
+    QTRY_VERIFY(window.isVisible());
+    emit tray->activated(QSystemTrayIcon::DoubleClick);
+    QApplication::setDoubleClickInterval(interval);
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(window.isVisible());
 }
 
 void TestLarkspireAppWindow::singleAndMiddleClickOnTheTrayShow_data()
