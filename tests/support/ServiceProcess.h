@@ -157,3 +157,5 @@ private:
     quint16 m_port = 0;
     QString m_error;
 };
+
+Q_DECLARE_METATYPE(ServiceProcess::Headers)
