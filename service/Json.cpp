@@ -9,8 +9,39 @@ std::string toWire(const Json &value)
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+namespace {
+
+/// Whether brackets outside texts nest deeper than `most`. Looked at ahead of parsing: a parser builds every
+/// level, and a megabyte of opening brackets keeps it busy for seconds.
+bool nestsDeeperThan(const std::string &text, int most)
+{
+    int depth = 0;
+    bool insideText = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (insideText) {
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                insideText = false;
+        } else if (c == '"') {
+            insideText = true;
+        } else if (c == '{' || c == '[') {
+            if (++depth > most)
+                return true;
+        } else if (c == '}' || c == ']') {
+            --depth;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 std::optional<JsonIn> parseObject(const std::string &text)
 {
+    if (nestsDeeperThan(text, DeepestNesting))
+        return std::nullopt;
     JsonIn value = JsonIn::parse(text, nullptr, false);
     if (!value.is_object())
         return std::nullopt;

@@ -16,8 +16,11 @@ using JsonIn = nlohmann::json;
 /// Text of a value for the wire: compact, UTF-8, bytes that are no UTF-8 replaced instead of refused.
 std::string toWire(const Json &value);
 
+/// How deep the lists and objects of a body may nest.
+inline constexpr int DeepestNesting = 64;
+
 /// Parses text that must be a JSON object.
-/// @return nothing when the text is no JSON or no object.
+/// @return nothing when the text is no JSON or no object, or nests deeper than `DeepestNesting`.
 std::optional<JsonIn> parseObject(const std::string &text);
 
 /// The text under `key`; throws ServiceError 400 naming the key when it is missing or no string.

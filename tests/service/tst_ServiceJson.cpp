@@ -34,9 +34,12 @@ void ServiceJsonTest::onlyObjectsAreTaken_data()
     QTest::newRow("something behind") << QByteArray("{} x") << false;
     QTest::newRow("no UTF-8") << QByteArray("{\"a\":\"\xff\"}") << false;
     QTest::newRow("deeply nested and cut") << QByteArray(500000, '[') << false;
-    QTest::newRow("deeply nested") << QByteArray("{\"a\":") + QByteArray(200000, '[') +
-                                          QByteArray(200000, ']') + "}"
-                                   << true;
+    const auto nested = [](int depth) {
+        return "{\"a\":" + QByteArray(depth - 1, '[') + QByteArray(depth - 1, ']') + "}";
+    };
+    QTest::newRow("nested as deep as allowed") << nested(64) << true;
+    QTest::newRow("nested one deeper") << nested(65) << false;
+    QTest::newRow("brackets in a text") << "{\"a\":\"\\\"" + QByteArray(100, '[') + "\"}" << true;
 }
 
 void ServiceJsonTest::onlyObjectsAreTaken()
