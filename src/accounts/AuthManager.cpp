@@ -360,10 +360,10 @@ bool AuthManager::send(const QString &endpoint, const QJsonObject &body, ReplySl
 bool AuthManager::sendOrReport(const QString &endpoint, const QJsonObject &body, ReplySlot slot,
                                ResultSignal result, const Headers &headers)
 {
-    if (send(endpoint, body, slot, headers))
-        return true;
-    emit(this->*result)(false, requestFailedText());
-    return false;
+    const bool isSent = send(endpoint, body, slot, headers);
+    if (!isSent)
+        emit(this->*result)(false, requestFailedText());
+    return isSent;
 }
 
 bool AuthManager::canBeAsked(const QUrl &url) const

@@ -498,7 +498,7 @@ void ApiClient::handleNetworkReply()
         m_currentReply = nullptr;
     m_consecutiveFailures = 0;
     try {
-        QJsonParseError parseError;
+        QJsonParseError parseError{};
         const QJsonDocument document = QJsonDocument::fromJson(reply->readAll(), &parseError);
         if (parseError.error == QJsonParseError::NoError) {
             const QJsonObject object = document.object();
@@ -520,7 +520,7 @@ void ApiClient::routeReply(const QNetworkReply &reply, const QJsonObject &object
     struct Branch
     {
         QLatin1String tag;
-        void (*run)(ApiClient &client, const QNetworkReply &reply, const QJsonObject &object);
+        void (*run)(ApiClient &client, const QNetworkReply &reply, const QJsonObject &object) = nullptr;
     };
     // Some branches wait for operations that the client does not send yet.
     static const Branch chain[] = {

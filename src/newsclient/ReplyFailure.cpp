@@ -31,7 +31,7 @@ Signal signalOfRefusal(const QString &tag)
     static const struct
     {
         QLatin1String tag;
-        Signal signal;
+        Signal signal = Signal::NetworkError;
     } operations[] = {
         {QLatin1String("resetPassword"), Signal::PasswordResetCompleted},
         {QLatin1String("registerUser"), Signal::UserRegistered},

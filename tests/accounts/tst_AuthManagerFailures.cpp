@@ -119,10 +119,10 @@ void TestAuthManagerFailures::anyFaultIsReportedOnceAndTheNextRequestWorks_data(
     const QByteArray message = R"({"success": false, "error": "", "message": "另一句"})";
     const struct
     {
-        const char *name;
+        const char *name = nullptr;
         RawAnswer answer;
-        bool isClientError;
-        const char *pattern;
+        bool isClientError = false;
+        const char *pattern = nullptr;
     } faults[] = {
         {"resets", RawAnswer::reset(), false, lowerFailure},
         {"resets within the body", RawAnswer::resetWithinBody(whole), false, lowerFailure},

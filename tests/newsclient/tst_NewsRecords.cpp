@@ -8,7 +8,7 @@ namespace {
 
 QJsonObject object(const QByteArray &json)
 {
-    QJsonParseError error;
+    QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError)
         qFatal("%s in %s", qPrintable(error.errorString()), json.constData());

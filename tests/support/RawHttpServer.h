@@ -137,7 +137,7 @@ signals:
 private:
     struct HeldRequest
     {
-        int number;
+        int number = 0;
         QPointer<QTcpSocket> socket;
     };
 
