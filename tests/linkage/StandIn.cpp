@@ -1,0 +1,75 @@
+#include "linkage/StandIn.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <csignal>
+
+StandIn::StandIn(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment)
+{
+    if (!environment.isEmpty())
+        m_process.setProcessEnvironment(environment);
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(program, arguments + QStringList{QStringLiteral("--end-with-input")});
+}
+
+StandIn::~StandIn()
+{
+    kill();
+}
+
+bool StandIn::isReady(int timeoutMs)
+{
+    return waitFor([](const QByteArray &line) { return line.startsWith("ready "); }, timeoutMs);
+}
+
+void StandIn::orderWithoutWaiting(const QByteArray &line)
+{
+    m_process.readAllStandardOutput();
+    m_lines.clear();
+    m_process.write(line + '\n');
+    m_process.waitForBytesWritten();
+}
+
+bool StandIn::order(const QByteArray &line, int timeoutMs)
+{
+    orderWithoutWaiting(line);
+    return waitFor([](const QByteArray &) { return true; }, timeoutMs) && m_lines.first().startsWith("code");
+}
+
+bool StandIn::waitForLine(const QByteArray &line, int timeoutMs)
+{
+    return waitFor([&line](const QByteArray &candidate) { return candidate == line; }, timeoutMs);
+}
+
+bool StandIn::waitFor(const std::function<bool(const QByteArray &)> &isMeant, int timeoutMs)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (std::none_of(m_lines.cbegin(), m_lines.cend(), isMeant)) {
+        const int left = timeoutMs - int(elapsed.elapsed());
+        if (!m_process.canReadLine() && (left <= 0 || !m_process.waitForReadyRead(left)))
+            return false;
+        while (m_process.canReadLine())
+            m_lines.append(m_process.readLine().trimmed());
+    }
+    return true;
+}
+
+void StandIn::suspend() const
+{
+    ::kill(pid_t(m_process.processId()), SIGSTOP);
+}
+
+void StandIn::resume() const
+{
+    ::kill(pid_t(m_process.processId()), SIGCONT);
+}
+
+void StandIn::kill()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.kill();
+    m_process.waitForFinished();
+}
