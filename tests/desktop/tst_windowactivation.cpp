@@ -224,12 +224,14 @@ private slots:
     void aMaximisedWindowComesBackMaximised()
     {
         m_window->showMaximized();
+        QTRY_VERIFY(property("_NET_WM_STATE").contains("_NET_WM_STATE_MAXIMIZED_VERT"));
         QTRY_VERIFY(m_window->isMaximized());
         m_window->setWindowState(m_window->windowState() | Qt::WindowMinimized);
         QTRY_VERIFY(isIconicForTheWindowManager());
         WindowActivation::bringToFrontNatively(m_window.get());
         verifyInFront();
-        QVERIFY(m_window->isMaximized());
+        QTRY_VERIFY(m_window->isMaximized());
+        QVERIFY(property("_NET_WM_STATE").contains("_NET_WM_STATE_MAXIMIZED_VERT"));
     }
 
 private:
@@ -242,12 +244,15 @@ private:
         QVERIFY(m_window->isVisible());
     }
 
-    bool isIconicForTheWindowManager() const
+    /// What the window manager has written on the window.
+    QByteArray property(const char *name) const
     {
         QProcess xprop;
-        xprop.start(t("xprop"), {t("-id"), QString::number(m_window->winId()), t("WM_STATE")});
-        return xprop.waitForFinished() && xprop.readAllStandardOutput().contains("window state: Iconic");
+        xprop.start(t("xprop"), {t("-id"), QString::number(m_window->winId()), t(name)});
+        return xprop.waitForFinished() ? xprop.readAllStandardOutput() : QByteArray();
     }
+
+    bool isIconicForTheWindowManager() const { return property("WM_STATE").contains("window state: Iconic"); }
 
     std::unique_ptr<QMainWindow> m_window;
     QLineEdit *m_edit = nullptr;
