@@ -69,6 +69,9 @@ protected:
     /// The same with released(), when the combination's key is let go.
     void releaseShortcut(GlobalHotkey::NativeShortcut shortcut);
 
+    /// The combinations that are registered, each once.
+    QList<GlobalHotkey::NativeShortcut> registeredShortcuts() const { return m_shortcuts.uniqueKeys(); }
+
     /// The platform's last error, in words.
     QString m_error;
 

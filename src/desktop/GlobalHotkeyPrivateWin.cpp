@@ -61,6 +61,10 @@ quint32 GlobalHotkeyPrivateWin::nativeModifiers(Qt::KeyboardModifiers modifiers,
 
 bool GlobalHotkeyPrivateWin::registerShortcut(GlobalHotkey::NativeShortcut shortcut)
 {
+    if (WindowsHotkeyRules::sharesId(shortcut, registeredShortcuts())) {
+        m_error = QStringLiteral("Another hot key of this program has the same id.");
+        return false;
+    }
     if (RegisterHotKey(nullptr, WindowsHotkeyRules::hotkeyId(shortcut),
                        shortcut.modifier + WindowsHotkeyRules::noRepeat, shortcut.key))
         return true;

@@ -2,6 +2,7 @@
 
 #include "desktop/GlobalHotkey.h"
 
+#include <QList>
 #include <QVector>
 
 #include <algorithm>
@@ -105,6 +106,16 @@ inline quint32 modifierMask(Qt::KeyboardModifiers modifiers)
 constexpr int hotkeyId(const GlobalHotkey::NativeShortcut &shortcut)
 {
     return int((((shortcut.modifier << 8) ^ shortcut.key) & 0xfff) | 0x7000);
+}
+
+/// Whether one of the registered combinations has the id of `shortcut`. Then `shortcut` must not be
+/// registered: Windows would keep both under one id or drop the first, as its version has it.
+inline bool sharesId(const GlobalHotkey::NativeShortcut &shortcut,
+                     const QList<GlobalHotkey::NativeShortcut> &registered)
+{
+    return std::any_of(
+        registered.cbegin(), registered.cend(),
+        [&](const GlobalHotkey::NativeShortcut &other) { return hotkeyId(other) == hotkeyId(shortcut); });
 }
 
 /// The combination that WM_HOTKEY reports in its `lParam`.

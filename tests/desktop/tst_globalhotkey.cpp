@@ -1,7 +1,7 @@
 #include "desktop/GlobalHotkey.h"
 
+#include "desktop/CategoryLog.h"
 #include "desktop/HelperThread.h"
-#include "desktop/LogCapture.h"
 #include "desktop/RecordingHotkeyBackend.h"
 #include "support/IsolatedHome.h"
 
@@ -129,7 +129,7 @@ void tst_GlobalHotkey::registersWhatItIsConstructedWith()
 
 void tst_GlobalHotkey::takesOnlyTheFirstOfSeveralShortcuts()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey;
     QVERIFY(hotkey.setShortcut(QKeySequence(Qt::Key_F3, Qt::Key_F4)));
     QCOMPARE(hotkey.shortcut(), QKeySequence(Qt::Key_F3));
@@ -162,7 +162,7 @@ void tst_GlobalHotkey::forgetsTheCombinationForTheUnknownKey()
 
 void tst_GlobalHotkey::hasNoCombinationAfterAKeyThatThePlatformLacks()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13, true);
     QVERIFY(!hotkey.setShortcut(Qt::Key_F35, Qt::ShiftModifier | Qt::AltModifier, true));
     QVERIFY(!hotkey.isRegistered());
@@ -176,7 +176,7 @@ void tst_GlobalHotkey::hasNoCombinationAfterAKeyThatThePlatformLacks()
 
 void tst_GlobalHotkey::hasNoCombinationWhenThePlatformCannotTellTheModifiers()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     RecordingHotkeyBackend::installed()->refuseModifiers(true);
     GlobalHotkey hotkey;
     QVERIFY(!hotkey.setShortcut(Qt::Key_F5, Qt::KeyboardModifiers()));
@@ -214,7 +214,7 @@ void tst_GlobalHotkey::movesTheRegistrationWithAutoRegister()
 
 void tst_GlobalHotkey::staysUnregisteredWhenTheNextCombinationIsRefused()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13, true);
     RecordingHotkeyBackend::installed()->refuseRegistering(QStringLiteral("taken"));
     QVERIFY(!hotkey.setShortcut(Qt::Key_F3, Qt::NoModifier, true));
@@ -228,7 +228,7 @@ void tst_GlobalHotkey::staysUnregisteredWhenTheNextCombinationIsRefused()
 
 void tst_GlobalHotkey::keepsItsCombinationWhenTheOldOneCannotBeGivenUp()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13, true);
     RecordingHotkeyBackend::installed()->refuseUnregistering(QStringLiteral("stuck"));
     QVERIFY(!hotkey.setShortcut(Qt::Key_F3, Qt::NoModifier, true));
@@ -295,7 +295,7 @@ void tst_GlobalHotkey::hasNothingToDoInTheStateThatIsAskedFor()
 
 void tst_GlobalHotkey::reportsARefusedRegistrationInTheLog()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13);
     QSignalSpy changes(&hotkey, &GlobalHotkey::registeredChanged);
     RecordingHotkeyBackend::installed()->refuseRegistering(QStringLiteral("somebody else has %1 of it"));
@@ -308,7 +308,7 @@ void tst_GlobalHotkey::reportsARefusedRegistrationInTheLog()
 
 void tst_GlobalHotkey::reportsARefusedUnregistrationInTheLog()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13, true);
     QSignalSpy changes(&hotkey, &GlobalHotkey::registeredChanged);
     RecordingHotkeyBackend::installed()->refuseUnregistering(QStringLiteral("no such id"));
@@ -322,7 +322,7 @@ void tst_GlobalHotkey::reportsARefusedUnregistrationInTheLog()
 
 void tst_GlobalHotkey::resetsOnlyWhenUnregisteringWorks()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(controlF13, true);
     RecordingHotkeyBackend::installed()->refuseUnregistering(QStringLiteral("no such id"));
     QVERIFY(!hotkey.resetShortcut());

@@ -1,7 +1,7 @@
 #include "desktop/GlobalHotkey.h"
 
+#include "desktop/CategoryLog.h"
 #include "desktop/GlobalHotkeyPrivateNone.h"
-#include "desktop/LogCapture.h"
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
@@ -22,7 +22,7 @@ void tst_GlobalHotkeyOnWayland::saysThatThereAreNoneAndRunsOn()
         QGuiApplication::platformName() == QLatin1String("wayland")
             ? QStringLiteral("Wayland has no global hot keys")
             : QStringLiteral("the X server runs inside Wayland, which has no global hot keys");
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey first(QKeySequence(Qt::Key_F13), true);
     GlobalHotkey second(QKeySequence(Qt::Key_F14), true);
     QVERIFY(!first.isRegistered());

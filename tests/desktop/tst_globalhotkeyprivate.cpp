@@ -1,7 +1,7 @@
 #include "desktop/GlobalHotkeyPrivate.h"
 
+#include "desktop/CategoryLog.h"
 #include "desktop/HelperThread.h"
-#include "desktop/LogCapture.h"
 #include "desktop/RecordingHotkeyBackend.h"
 #include "support/IsolatedHome.h"
 
@@ -168,7 +168,7 @@ void tst_GlobalHotkeyPrivate::removesNoObjectThatIsNotRegistered()
 
 void tst_GlobalHotkeyPrivate::warnsWhenDestroyedWithRegisteredShortcuts()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(QKeySequence(Qt::Key_F2));
     {
         RecordingHotkeyBackend another;

@@ -1,7 +1,7 @@
 #include "desktop/GlobalHotkeyPrivateNone.h"
 
+#include "desktop/CategoryLog.h"
 #include "desktop/GlobalHotkeyBackends.h"
-#include "desktop/LogCapture.h"
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
@@ -19,7 +19,7 @@ private slots:
 void tst_GlobalHotkeyPrivateNone::isChosenOnAPlatformWithoutHotKeys()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     const auto backend = GlobalHotkeyBackends::createForThisDesktop();
     QVERIFY(qobject_cast<GlobalHotkeyPrivateNone *>(backend.get()));
     QCOMPARE(log.lines(),
@@ -29,7 +29,7 @@ void tst_GlobalHotkeyPrivateNone::isChosenOnAPlatformWithoutHotKeys()
 
 void tst_GlobalHotkeyPrivateNone::saysOnceWhyThereAreNone()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     QVERIFY(GlobalHotkeyPrivate::setFactory(
         [] { return std::make_unique<GlobalHotkeyPrivateNone>(QStringLiteral("there is no keyboard")); }));
     GlobalHotkey first(QKeySequence(Qt::Key_F13), true);
@@ -50,7 +50,7 @@ void tst_GlobalHotkeyPrivateNone::saysOnceWhyThereAreNone()
 
 void tst_GlobalHotkeyPrivateNone::leavesTheProgramRunning()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey;
     QVERIFY(!hotkey.setShortcut(Qt::Key_F14, Qt::NoModifier, true));
     QVERIFY(hotkey.setRegistered(false));

@@ -1,8 +1,8 @@
 #include "desktop/GlobalHotkeyPrivateX11.h"
 
+#include "desktop/CategoryLog.h"
 #include "desktop/HelperThread.h"
 #include "desktop/HotkeyHolder.h"
-#include "desktop/LogCapture.h"
 #include "desktop/XTestKeyboard.h"
 #include "support/IsolatedHome.h"
 
@@ -116,7 +116,7 @@ void tst_GlobalHotkeyPrivateX11::cleanup()
 
 void tst_GlobalHotkeyPrivateX11::isChosenOnX11()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     QVERIFY(qobject_cast<GlobalHotkeyPrivateX11 *>(GlobalHotkeyPrivate::instance()));
     QVERIFY(log.lines().isEmpty());
 }
@@ -174,7 +174,7 @@ void tst_GlobalHotkeyPrivateX11::doesNotFireWithOtherModifiers()
 void tst_GlobalHotkeyPrivateX11::firesOnceForAKeyThatIsHeldDown()
 {
     QLoggingCategory::setFilterRules(QStringLiteral("GlobalHotkey.debug=true"));
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     WatchedHotkey f9(QKeySequence(QStringLiteral("F9")));
     m_keyboard.press(m_f9);
     QTRY_COMPARE(f9.presses.count(), 1);
@@ -335,7 +335,7 @@ void tst_GlobalHotkeyPrivateX11::firesForAHotkeyOfAnotherThread()
 
 void tst_GlobalHotkeyPrivateX11::isRefusedWithATextWhatAnotherProgramHasTaken()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(QKeySequence(QStringLiteral("Ctrl+F9")));
     {
         HotkeyHolder other({QStringLiteral("take"), QStringLiteral("Ctrl+F9")});
@@ -372,7 +372,7 @@ void tst_GlobalHotkeyPrivateX11::isFreeForOthersWhenItIsUnregistered()
 
 void tst_GlobalHotkeyPrivateX11::givesBackWhatItGotOfAPartlyTakenCombination()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey(QKeySequence(QStringLiteral("F9")));
     QVERIFY(m_keyboard.grab(m_f9, numLock));
     QVERIFY(!hotkey.setRegistered(true));
@@ -399,7 +399,7 @@ void tst_GlobalHotkeyPrivateX11::keepsTheKeyOfAnotherHotkeyWhenOneIsPartlyTaken(
     WatchedHotkey grave(QKeySequence(int('`')));
     {
         // On two keys, one of which is taken, and the other is the first hot key's as well.
-        const LogCapture log("GlobalHotkey");
+        const CategoryLog log("GlobalHotkey");
         GlobalHotkey tilde(QKeySequence(int('~')), true);
         QVERIFY(!tilde.isRegistered());
         QCOMPARE(log.count(QStringLiteral("warning: Failed to register ~. Error: Another program has taken")),
@@ -421,7 +421,7 @@ void tst_GlobalHotkeyPrivateX11::refusesAKeyThatTheKeyboardLacks_data()
 void tst_GlobalHotkeyPrivateX11::refusesAKeyThatTheKeyboardLacks()
 {
     QFETCH(quint32, keysym);
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkey hotkey;
     QVERIFY(!hotkey.setNativeShortcut(NativeShortcut{keysym, 0, true}, true));
     QCOMPARE(log.lines(),
@@ -472,7 +472,7 @@ void tst_GlobalHotkeyPrivateX11::followsNumLockThroughAChangeOfTheModifiers()
 
 void tst_GlobalHotkeyPrivateX11::saysWhatIsLostWithANewMapping()
 {
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     WatchedHotkey f9(QKeySequence(QStringLiteral("F9")));
     m_keyboard.setKeysym(m_f9, XK_F20);
     const QString lost =
@@ -495,7 +495,7 @@ void tst_GlobalHotkeyPrivateX11::saysThatTheServerIsLost()
     const quint32 resource = xcb_generate_id(connection.get());
     QVERIFY(!xcb_request_check(connection.get(),
                                xcb_create_gc_checked(connection.get(), resource, root, 0, nullptr)));
-    const LogCapture log("GlobalHotkey");
+    const CategoryLog log("GlobalHotkey");
     GlobalHotkeyPrivateX11 backend(std::move(connection), root);
     GlobalHotkey f9(QKeySequence(QStringLiteral("F9")));
     QVERIFY(backend.addShortcut(&f9));

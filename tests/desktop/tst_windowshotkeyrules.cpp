@@ -21,6 +21,7 @@ private slots:
     void putsModifiersIntoTheMask();
     void makesAnIdOfKeyAndModifiers_data();
     void makesAnIdOfKeyAndModifiers();
+    void noticesAnIdThatIsInUse();
     void readsTheCombinationOutOfTheMessage();
     void takesOutWhatIsReleasedAndKeepsTheRestInOrder_data();
     void takesOutWhatIsReleasedAndKeepsTheRestInOrder();
@@ -180,6 +181,14 @@ void tst_WindowsHotkeyRules::makesAnIdOfKeyAndModifiers()
     QFETCH(quint32, modifier);
     QFETCH(int, id);
     QCOMPARE(WindowsHotkeyRules::hotkeyId(NativeShortcut{key, modifier, true}), id);
+}
+
+void tst_WindowsHotkeyRules::noticesAnIdThatIsInUse()
+{
+    const NativeShortcut character{0x4e91, 0, true};
+    QVERIFY(!WindowsHotkeyRules::sharesId(character, {}));
+    QVERIFY(!WindowsHotkeyRules::sharesId(character, {{0x91, 0, true}, {0x92, 14, true}}));
+    QVERIFY(WindowsHotkeyRules::sharesId(character, {{0x92, 14, true}, {0x91, 14, true}}));
 }
 
 void tst_WindowsHotkeyRules::readsTheCombinationOutOfTheMessage()

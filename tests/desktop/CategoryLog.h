@@ -6,21 +6,21 @@
 
 /// Collects the log lines of one category while it lives, from every thread; all others go where they went
 /// before. One at a time.
-class LogCapture
+class CategoryLog
 {
 public:
     /// `category` is a logging category's name.
-    explicit LogCapture(const char *category) : m_category(category)
+    explicit CategoryLog(const char *category) : m_category(category)
     {
         s_current = this;
-        s_previous = qInstallMessageHandler(&LogCapture::take);
+        s_previous = qInstallMessageHandler(&CategoryLog::take);
     }
-    ~LogCapture()
+    ~CategoryLog()
     {
         qInstallMessageHandler(s_previous);
         s_current = nullptr;
     }
-    Q_DISABLE_COPY_MOVE(LogCapture)
+    Q_DISABLE_COPY_MOVE(CategoryLog)
 
     /// The lines so far, oldest first: "warning: text".
     QStringList lines() const
@@ -52,7 +52,7 @@ private:
         s_current->m_lines.append(level + text);
     }
 
-    inline static LogCapture *s_current = nullptr;
+    inline static CategoryLog *s_current = nullptr;
     inline static QtMessageHandler s_previous = nullptr;
 
     const char *m_category;
