@@ -114,6 +114,12 @@ bool succeeded(xcb_connection_t *connection, xcb_void_cookie_t cookie, quint8 *c
         *code = error->error_code;
     return !error;
 }
+/// Waits until the server has handled all earlier requests and its events from before are here.
+void waitForServer(xcb_connection_t *connection)
+{
+    const auto cookie = xcb_get_input_focus(connection);
+    const Owned<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(connection, cookie, nullptr));
+}
 } // namespace
 
 void GlobalHotkeyPrivateX11::Disconnect::operator()(xcb_connection_t *connection) const
@@ -329,9 +335,7 @@ void GlobalHotkeyPrivateX11::handleEvents()
         if (!event && m_follower.waitsForNextEvent()) {
             // An answer of the server comes behind everything it sent before, so a repetition is here by
             // then.
-            const auto cookie = xcb_get_input_focus(m_connection.get());
-            Owned<xcb_get_input_focus_reply_t>(
-                xcb_get_input_focus_reply(m_connection.get(), cookie, nullptr));
+            waitForServer(m_connection.get());
             event.reset(xcb_poll_for_event(m_connection.get()));
             if (!event)
                 apply(m_follower.settle(), 0);

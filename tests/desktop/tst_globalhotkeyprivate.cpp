@@ -159,7 +159,7 @@ void tst_GlobalHotkeyPrivate::addsNoObjectTwiceAndNoneWithoutACombination()
 void tst_GlobalHotkeyPrivate::removesNoObjectThatIsNotRegistered()
 {
     auto *backend = RecordingHotkeyBackend::installed();
-    GlobalHotkey hotkey(QKeySequence(Qt::Key_F2));
+    GlobalHotkey hotkey{QKeySequence(Qt::Key_F2)};
     QSignalSpy changes(&hotkey, &GlobalHotkey::registeredChanged);
     QVERIFY(!backend->removeShortcut(&hotkey));
     QVERIFY(backend->registrations().isEmpty());
@@ -169,7 +169,7 @@ void tst_GlobalHotkeyPrivate::removesNoObjectThatIsNotRegistered()
 void tst_GlobalHotkeyPrivate::warnsWhenDestroyedWithRegisteredShortcuts()
 {
     const CategoryLog log("GlobalHotkey");
-    GlobalHotkey hotkey(QKeySequence(Qt::Key_F2));
+    GlobalHotkey hotkey{QKeySequence(Qt::Key_F2)};
     {
         RecordingHotkeyBackend another;
         QVERIFY(another.addShortcut(&hotkey));
