@@ -43,12 +43,13 @@ function(larkspire_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE larkspire_qt_flags ${ARG_LINK_PRIVATE})
 endfunction()
 
-# larkspire_test(NAME [DISPLAY] [SOUND] [PROCESSES] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+# larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
 # A Qt Test program under CTest. Without DISPLAY it runs on the offscreen platform; with DISPLAY it runs
-# on a virtual X server of its own with a window manager and a tray. With SOUND it runs beside a sound server of
-# its own and carries the label "sound". With PROCESSES it sees no process but its own.
+# on a virtual X server of its own with a window manager and a tray, with WAYLAND on a compositor of its own. With
+# SOUND it runs beside a sound server of its own and carries the label "sound". With PROCESSES it sees no process
+# but its own.
 function(larkspire_test name)
-  cmake_parse_arguments(ARG "DISPLAY;SOUND;PROCESSES" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
   set(around)
@@ -56,6 +57,10 @@ function(larkspire_test name)
   if(ARG_DISPLAY)
     list(APPEND around "${PROJECT_SOURCE_DIR}/tests/support/with-display")
     set(platform xcb)
+  endif()
+  if(ARG_WAYLAND)
+    list(APPEND around "${PROJECT_SOURCE_DIR}/tests/support/with-wayland")
+    set(platform wayland)
   endif()
   if(ARG_SOUND)
     list(APPEND around "${PROJECT_SOURCE_DIR}/tests/support/with-sound")

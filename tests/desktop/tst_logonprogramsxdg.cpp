@@ -1,4 +1,4 @@
-#include "desktop/XdgLogonPrograms.h"
+#include "desktop/LogonProgramsXdg.h"
 
 #include "support/IsolatedHome.h"
 
@@ -20,7 +20,7 @@ QString path()
 
 } // namespace
 
-class TestXdgLogonPrograms : public QObject
+class TestLogonProgramsXdg : public QObject
 {
     Q_OBJECT
 
@@ -35,14 +35,14 @@ private slots:
 
     void thereIsNoEntryAtFirst()
     {
-        QCOMPARE(XdgLogonPrograms(m_folder).program(name()), QString());
+        QCOMPARE(LogonProgramsXdg(m_folder).program(name()), QString());
         QVERIFY(!QDir(m_folder).exists());
     }
 
     void anAddedProgramIsAnEntryOfItsOwnThatOthersMayRead()
     {
-        QVERIFY(XdgLogonPrograms(m_folder).add(name(), path()));
-        QCOMPARE(XdgLogonPrograms(m_folder).program(name()), path());
+        QVERIFY(LogonProgramsXdg(m_folder).add(name(), path()));
+        QCOMPARE(LogonProgramsXdg(m_folder).program(name()), path());
         QCOMPARE(QDir(m_folder).entryList(QDir::Files | QDir::Hidden),
                  QStringList{QStringLiteral("Larkspire.desktop")});
         QFile file(m_entry);
@@ -58,13 +58,13 @@ private slots:
     void addingReplacesWhatStoodThere()
     {
         write("[Desktop Entry]\nType=Application\nExec=/old\nHidden=true\n");
-        QVERIFY(XdgLogonPrograms(m_folder).add(name(), path()));
-        QCOMPARE(XdgLogonPrograms(m_folder).program(name()), path());
+        QVERIFY(LogonProgramsXdg(m_folder).add(name(), path()));
+        QCOMPARE(LogonProgramsXdg(m_folder).program(name()), path());
     }
 
     void removingTakesTheEntryAndLeavesOthers()
     {
-        XdgLogonPrograms programs(m_folder);
+        LogonProgramsXdg programs(m_folder);
         QVERIFY(programs.add(name(), path()));
         QVERIFY(programs.add(QStringLiteral("Other"), path()));
         QVERIFY(programs.remove(name()));
@@ -74,7 +74,7 @@ private slots:
 
     void removingNothingSucceeds()
     {
-        XdgLogonPrograms programs(m_folder);
+        LogonProgramsXdg programs(m_folder);
         QVERIFY(programs.remove(name()));
         QVERIFY(QDir().mkpath(m_folder));
         QVERIFY(programs.remove(name()));
@@ -116,7 +116,7 @@ private slots:
         QFETCH(QByteArray, contents);
         QFETCH(QString, program);
         write(contents);
-        QCOMPARE(XdgLogonPrograms(m_folder).program(name()), program);
+        QCOMPARE(LogonProgramsXdg(m_folder).program(name()), program);
     }
 
     void anEntryThatCannotBeWrittenIsReported_data()
@@ -136,7 +136,7 @@ private slots:
         } else {
             QVERIFY(QDir().mkpath(m_entry + QStringLiteral("/in the way")));
         }
-        XdgLogonPrograms programs(m_folder);
+        LogonProgramsXdg programs(m_folder);
         QVERIFY(!programs.add(name(), path()));
         QCOMPARE(programs.program(name()), QString());
     }
@@ -144,12 +144,12 @@ private slots:
     void anEntryThatCannotBeRemovedIsReported()
     {
         QVERIFY(QDir().mkpath(m_entry + QStringLiteral("/in the way")));
-        QVERIFY(!XdgLogonPrograms(m_folder).remove(name()));
+        QVERIFY(!LogonProgramsXdg(m_folder).remove(name()));
     }
 
     void aPathThatNoEntryCanHoldIsReportedAndChangesNothing()
     {
-        XdgLogonPrograms programs(m_folder);
+        LogonProgramsXdg programs(m_folder);
         QVERIFY(programs.add(name(), path()));
         QVERIFY(!programs.add(name(), QStringLiteral("/opt/a=b")));
         QCOMPARE(programs.program(name()), path());
@@ -169,5 +169,5 @@ private:
     QString m_entry;
 };
 
-LARKSPIRE_GUILESS_TEST_MAIN(TestXdgLogonPrograms)
-#include "tst_xdglogonprograms.moc"
+LARKSPIRE_GUILESS_TEST_MAIN(TestLogonProgramsXdg)
+#include "tst_logonprogramsxdg.moc"

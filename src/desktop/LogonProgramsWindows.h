@@ -3,7 +3,7 @@
 #include "desktop/LogonPrograms.h"
 
 /// The Run key of the current user's registry. A value's data is the bare path, without quotes or arguments.
-class RunKeyLogonPrograms final : public LogonPrograms
+class LogonProgramsWindows final : public LogonPrograms
 {
 public:
     QString program(const QString &name) const override;

@@ -1,4 +1,4 @@
-#include "desktop/XdgLogonPrograms.h"
+#include "desktop/LogonProgramsXdg.h"
 
 #include "desktop/DesktopEntryExec.h"
 
@@ -39,19 +39,19 @@ QHash<QString, QString> keysOfEntry(const QString &path)
 
 std::unique_ptr<LogonPrograms> LogonPrograms::ofThisSystem()
 {
-    return std::make_unique<XdgLogonPrograms>(
+    return std::make_unique<LogonProgramsXdg>(
         QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
         QStringLiteral("/autostart"));
 }
 
-XdgLogonPrograms::XdgLogonPrograms(const QString &folder) : m_folder(folder) {}
+LogonProgramsXdg::LogonProgramsXdg(const QString &folder) : m_folder(folder) {}
 
-QString XdgLogonPrograms::entryPath(const QString &name) const
+QString LogonProgramsXdg::entryPath(const QString &name) const
 {
     return m_folder + QLatin1Char('/') + name + QStringLiteral(".desktop");
 }
 
-QString XdgLogonPrograms::program(const QString &name) const
+QString LogonProgramsXdg::program(const QString &name) const
 {
     const QHash<QString, QString> keys = keysOfEntry(entryPath(name));
     if (keys.value(QStringLiteral("Hidden")) == QLatin1String("true") ||
@@ -61,7 +61,7 @@ QString XdgLogonPrograms::program(const QString &name) const
     return arguments && arguments->size() == 1 ? arguments->first() : QString();
 }
 
-bool XdgLogonPrograms::add(const QString &name, const QString &programPath)
+bool LogonProgramsXdg::add(const QString &name, const QString &programPath)
 {
     const QString exec = DesktopEntryExec::valueFor(programPath);
     if (exec.isEmpty() || !QDir().mkpath(m_folder))
@@ -80,7 +80,7 @@ bool XdgLogonPrograms::add(const QString &name, const QString &programPath)
     return file.commit();
 }
 
-bool XdgLogonPrograms::remove(const QString &name)
+bool LogonProgramsXdg::remove(const QString &name)
 {
     QFile entry(entryPath(name));
     return !entry.exists() || entry.remove();

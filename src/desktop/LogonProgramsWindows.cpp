@@ -1,4 +1,4 @@
-#include "desktop/RunKeyLogonPrograms.h"
+#include "desktop/LogonProgramsWindows.h"
 
 #include <QSettings>
 
@@ -19,22 +19,22 @@ bool synced(QSettings &settings)
 
 std::unique_ptr<LogonPrograms> LogonPrograms::ofThisSystem()
 {
-    return std::make_unique<RunKeyLogonPrograms>();
+    return std::make_unique<LogonProgramsWindows>();
 }
 
-QString RunKeyLogonPrograms::program(const QString &name) const
+QString LogonProgramsWindows::program(const QString &name) const
 {
     return QSettings(runKey(), QSettings::NativeFormat).value(name).toString();
 }
 
-bool RunKeyLogonPrograms::add(const QString &name, const QString &programPath)
+bool LogonProgramsWindows::add(const QString &name, const QString &programPath)
 {
     QSettings settings(runKey(), QSettings::NativeFormat);
     settings.setValue(name, programPath);
     return synced(settings);
 }
 
-bool RunKeyLogonPrograms::remove(const QString &name)
+bool LogonProgramsWindows::remove(const QString &name)
 {
     QSettings settings(runKey(), QSettings::NativeFormat);
     settings.remove(name);
