@@ -44,11 +44,11 @@ bool knowsNoRepeat()
     letGo(VK_F11);
     int reports = 0;
     // The first report is on its way for certain; the others are behind it without a gap.
-    if (!GetMessageW(&message, reinterpret_cast<HWND>(-1), WM_HOTKEY, WM_HOTKEY))
+    if (!GetMessageW(&message, nullptr, WM_HOTKEY, WM_HOTKEY))
         qFatal("The event loop ends");
     do {
         ++reports;
-    } while (PeekMessageW(&message, reinterpret_cast<HWND>(-1), WM_HOTKEY, WM_HOTKEY, PM_REMOVE));
+    } while (PeekMessageW(&message, nullptr, WM_HOTKEY, WM_HOTKEY, PM_REMOVE));
     UnregisterHotKey(nullptr, id);
     return reports == 1;
 }
