@@ -1,13 +1,17 @@
 #include "app/LarkspireApp.h"
 
 #include "accounts/AuthManager.h"
+#include "accounts/CustomerServiceDialog.h"
 #include "accounts/DeviceIdentity.h"
+#include "accounts/LoginDialog.h"
+#include "accounts/UserInfoDialog.h"
 #include "app/EmptyListHint.h"
 #include "app/MainWindowUi.h"
 #include "app/WindowRules.h"
 #include "desktop/AutoStartManager.h"
 #include "news/CustomNotification.h"
 #include "news/CustomTableWidget.h"
+#include "news/KeywordManagerDialog.h"
 #include "news/MainNewsTable.h"
 #include "news/NewsTables.h"
 #include "news/SoundReminder.h"
@@ -90,6 +94,7 @@ LarkspireApp::LarkspireApp() : m_ui(std::make_unique<MainWindowUi>())
     applyConfig(false);
     applyTheme(m_config.darkMode);
     updateThemeAction();
+    themeCustomerService();
 
     m_autoLoginPending = true;
     m_authManager->autoLogin();
@@ -135,6 +140,11 @@ void LarkspireApp::createManagers()
     m_authManager = new AuthManager(this);
     m_authManager->loadStoredCredentials();
     m_customNotification = new CustomNotification(this);
+    m_userInfoDialog = new UserInfoDialog(this);
+    m_customerServiceDialog = new CustomerServiceDialog(this, m_config.darkMode);
+    m_loginDialog = new LoginDialog(this, m_config.darkMode);
+    m_userInfoDialog->setCustomerServiceDialog(m_customerServiceDialog);
+    m_loginDialog->setApiClient(m_apiClient);
 }
 
 void LarkspireApp::readConfig()
@@ -179,17 +189,7 @@ void LarkspireApp::buildInterface()
 
 void LarkspireApp::greyWhatLeadsNowhere()
 {
-    for (QAction *action : {m_ui->actionConfig, m_ui->actionKeywordManager, m_ui->actionUserInfo,
-                            m_ui->actionCustomerService, m_ui->actionSelectLoginMethod})
-        action->setEnabled(false);
-    const QList<QWidget *> widgets{m_ui->userInfoButton,
-                                   m_ui->searchLineEdit,
-                                   m_ui->searchButton,
-                                   m_ui->refreshInteractivePlatformButton,
-                                   m_ui->refreshSelectedNewsButton,
-                                   m_ui->manageSelectedKeywordsButton};
-    for (QWidget *widget : widgets)
-        widget->setEnabled(false);
+    m_ui->actionConfig->setEnabled(false);
 }
 
 void LarkspireApp::setupConnections()
@@ -202,6 +202,10 @@ void LarkspireApp::setupConnections()
     connect(m_apiClient, &ApiClient::newsReceived, this, &LarkspireApp::onNewsReceived);
     connect(m_apiClient, &ApiClient::incrementalNewsReceived, this, &LarkspireApp::onIncrementalNewsReceived);
     connect(m_apiClient, &ApiClient::latestNewsReceived, this, &LarkspireApp::onLatestNewsReceived);
+    connect(m_apiClient, &ApiClient::interactivePlatformNewsReceived, this,
+            &LarkspireApp::onInteractivePlatformNewsReceived);
+    connect(m_apiClient, &ApiClient::selectedNewsReceived, this, &LarkspireApp::onSelectedNewsReceived);
+    connect(m_apiClient, &ApiClient::newsSearchResult, this, &LarkspireApp::onNewsSearchResult);
     connect(m_apiClient, &ApiClient::errorOccurred, this, &LarkspireApp::onApiError);
     connect(m_apiClient, &ApiClient::networkError, this, &LarkspireApp::onNetworkError);
     connect(m_apiClient, &ApiClient::authenticationFailed, this, &LarkspireApp::onAuthenticationFailed);
@@ -233,10 +237,16 @@ void LarkspireApp::setupConnections()
     connect(m_ui->actionSelectLoginMethod, &QAction::triggered, this,
             &LarkspireApp::onSelectLoginMethodClicked);
 
+    connect(m_ui->refreshInteractivePlatformButton, &QPushButton::clicked, this,
+            &LarkspireApp::onRefreshInteractivePlatformClicked);
+    connect(m_ui->refreshSelectedNewsButton, &QPushButton::clicked, this,
+            &LarkspireApp::onRefreshSelectedNewsClicked);
     connect(m_ui->manageSelectedKeywordsButton, &QPushButton::clicked, this,
-            &LarkspireApp::onKeywordManagerClicked);
+            &LarkspireApp::onManageSelectedKeywordsClicked);
     connect(m_ui->userInfoButton, &QPushButton::clicked, this, &LarkspireApp::onUserInfoButtonClicked);
     connect(m_ui->refreshButton, &QPushButton::clicked, this, &LarkspireApp::onRefreshButtonClicked);
+    connect(m_ui->searchButton, &QPushButton::clicked, this, &LarkspireApp::onSearchButtonClicked);
+    connect(m_ui->searchLineEdit, &QLineEdit::returnPressed, this, &LarkspireApp::onSearchButtonClicked);
     connect(m_ui->searchLineEdit, &QLineEdit::textChanged, this, &LarkspireApp::onSearchTextChanged);
     connect(m_ui->topMostCheckBox, &QCheckBox::toggled, this, &LarkspireApp::onTopMostToggled);
     connect(m_ui->ttsCheckBox, &QCheckBox::toggled, this, &LarkspireApp::onTTSToggled);
@@ -345,6 +355,8 @@ void LarkspireApp::restartSpeechPump()
 void LarkspireApp::applyTheme(bool dark)
 {
     ThemeManager::instance()->setTheme(dark ? ThemeManager::DarkTheme : ThemeManager::LightTheme);
+    if (m_loginDialog)
+        m_loginDialog->setDarkTheme(dark);
     if (dark) {
         QApplication::setPalette(MainWindowSkin::darkPalette());
         qApp->setStyleSheet(MainWindowSkin::darkStyleSheet());
@@ -354,10 +366,17 @@ void LarkspireApp::applyTheme(bool dark)
     }
 }
 
+void LarkspireApp::themeCustomerService()
+{
+    if (m_customerServiceDialog)
+        m_customerServiceDialog->setDarkTheme(m_config.darkMode);
+}
+
 void LarkspireApp::onToggleThemeClicked()
 {
     m_config.darkMode = !m_config.darkMode;
     applyTheme(m_config.darkMode);
+    themeCustomerService();
     ConfigManager::instance()->setDarkMode(m_config.darkMode);
     ConfigManager::instance()->sync();
     updateThemeAction();
@@ -406,6 +425,7 @@ void LarkspireApp::adoptConfig(const AppConfig &edited)
     applyConfig(true);
     if (m_config.darkMode != previous.darkMode) {
         applyTheme(m_config.darkMode);
+        themeCustomerService();
         updateThemeAction();
         redisplayDetails();
     }
@@ -437,7 +457,16 @@ void LarkspireApp::onConfigButtonClicked()
 
 void LarkspireApp::onKeywordManagerClicked()
 {
-    // Nothing yet: leads to the keyword manager.
+    if (m_keywordManager) {
+        // The tray's menu works while the manager is open.
+        m_keywordManager->raise();
+        m_keywordManager->activateWindow();
+        return;
+    }
+    KeywordManagerDialog dialog(m_apiClient, this);
+    m_keywordManager = &dialog;
+    placeDialog(&dialog);
+    dialog.exec();
 }
 
 void LarkspireApp::onNotificationToggled(bool enabled)

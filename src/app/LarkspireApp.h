@@ -22,8 +22,14 @@ class AuthManager;
 class AutoStartManager;
 class CustomNotification;
 class CustomTableWidget;
+class CustomerServiceDialog;
+class EnhancedLoginDialog;
+class KeywordManagerDialog;
+class LoginDialog;
+class LoginMethodDialog;
 class MainNewsTable;
 class QAction;
+class QDialog;
 class QMenu;
 class QNetworkAccessManager;
 class QTextBrowser;
@@ -32,6 +38,7 @@ class QTimer;
 class QUrl;
 class SoundReminder;
 class SpeechManager;
+class UserInfoDialog;
 enum class NewsTableKind;
 struct MainWindowUi;
 
@@ -75,6 +82,18 @@ private slots:
     void onSessionExpired();
     void onRefreshIntervalChanged(int interval);
 
+    // The pages.
+    void onRefreshInteractivePlatformClicked();
+    void onInteractivePlatformNewsReceived(const QList<NewsData> &newsList, int totalCount);
+    void onRefreshSelectedNewsClicked();
+    void onManageSelectedKeywordsClicked();
+    void onSelectedNewsReceived(const QList<NewsData> &newsList, int totalCount);
+    void onSearchButtonClicked();
+    void onSearchTextChanged(const QString &text);
+    void onNewsSearchResult(const QList<NewsData> &newsList, int totalCount);
+    void onClearSearchClicked();
+    void onNewSearchClicked();
+
     // The frame.
     void onConfigButtonClicked();
     void onKeywordManagerClicked();
@@ -108,7 +127,6 @@ private slots:
     void updateUserStatusDisplay();
     void refreshUserStatusFromAuth();
     void onLoginSuccessful(bool success, const QString &message);
-    void onSearchTextChanged(const QString &text);
     void onTabChanged(int index);
     void onStockAnalysisTabChanged();
     void onStockCodeChanged(const QString &code);
@@ -135,13 +153,14 @@ private:
     void createManagers();
     void readConfig();
     void buildInterface();
-    /// Greys the actions and controls whose dialogs and pages do not exist yet.
+    /// Greys the actions whose dialogs do not exist yet.
     void greyWhatLeadsNowhere();
     void setupTrayIcon();
     void setupConnections();
     void setupTables();
     void applyConfig(bool showWindow);
     void applyTheme(bool dark);
+    void themeCustomerService();
     void updateThemeAction();
     void saveSettings();
     /// Takes over what the settings dialog returned, except the top-most flag and the volume, which it does
@@ -211,11 +230,33 @@ private:
     int rowOf(const NewsData &item) const;
     void speakTitle(const NewsData &item);
 
+    // The pages.
+    void refreshInteractiveNews();
+    void refreshSelectedNews();
+    void startSearch(const QString &keyword);
+    void removeSearchTab();
+    void showSearchTab();
+    void leaveSearch();
+    /// Replaces a page's rows and, with details on, shows the list's first item and selects the first row.
+    void showList(NewsTableKind kind, const QList<NewsData> &newsList);
+    void makePageCurrent(QWidget *page);
+
     // The account.
     void startNewsCycle();
     /// Copies key and session token of the login to the news client; false without a key or a client.
     bool passCredentialsToClient();
+    /// Opens the dialog that a user without a login needs; nothing when somebody is logged in.
     void showLoginPrompt();
+    /// Asks for a login method and opens the login dialog on it.
+    void chooseLoginMethod();
+    /// \param method a value of LoginMethod
+    void openLoginDialog(int method);
+    /// Brings a login dialog that is open already to the front; false when there is none.
+    bool raiseLoginDialog();
+    void closeLoginDialogs();
+    /// Puts a dialog that is about to open over the window, or into the middle of the screen while the window
+    /// is hidden.
+    void placeDialog(QDialog *dialog) const;
 
     std::unique_ptr<MainWindowUi> m_ui;
 
@@ -238,6 +279,12 @@ private:
     QPointer<AutoStartManager> m_autoStartManager;
     QPointer<AuthManager> m_authManager;
     QPointer<CustomNotification> m_customNotification;
+    QPointer<UserInfoDialog> m_userInfoDialog;
+    QPointer<CustomerServiceDialog> m_customerServiceDialog;
+    QPointer<LoginDialog> m_loginDialog;
+    QPointer<LoginMethodDialog> m_loginMethodDialog;     ///< built on first use
+    QPointer<EnhancedLoginDialog> m_enhancedLoginDialog; ///< built on first use
+    QPointer<KeywordManagerDialog> m_keywordManager;     ///< the one that runs now, if any
     QNetworkAccessManager *m_networkManager = nullptr;
     QThread *m_workerThread = nullptr;
 
@@ -261,6 +308,9 @@ private:
     QList<NewsData> m_searchResults;
     QList<NewsData> m_interactiveNews;
     QList<NewsData> m_selectedNews;
+    QString m_currentSearchKeyword;
+    bool m_selectedNewsLoaded = false;
+    QDateTime m_lastSelectedRefresh;
 
     std::function<QDateTime()> m_clock = [] { return QDateTime::currentDateTime(); };
 };

@@ -2,6 +2,11 @@
 // who is logged in.
 
 #include "accounts/AuthManager.h"
+#include "accounts/CustomerServiceDialog.h"
+#include "accounts/EnhancedLoginDialog.h"
+#include "accounts/LoginDialog.h"
+#include "accounts/LoginMethodDialog.h"
+#include "accounts/UserInfoDialog.h"
 #include "app/LarkspireApp.h"
 #include "app/MainWindowUi.h"
 #include "app/UserRecord.h"
@@ -11,7 +16,9 @@
 
 #include <QAction>
 #include <QDebug>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QScreen>
 #include <QTimer>
 
 #include <chrono>
@@ -23,6 +30,7 @@ namespace {
 constexpr auto ConnectionCheckDelay = 2000ms;
 constexpr auto FirstFetchDelay = 3000ms;
 constexpr auto LoginPromptDelay = 1000ms;
+constexpr auto MethodChoiceDelay = 500ms;
 constexpr int NetworkFailureMessageMs = 5000;
 constexpr int LoginFailureMessageMs = 3000;
 
@@ -35,6 +43,7 @@ void LarkspireApp::onLoginFinished(bool success, const QString &message)
         if (m_authManager && m_authManager->isAuthenticated())
             startNewsCycle();
         refreshUserStatusFromAuth();
+        closeLoginDialogs();
         showRestored();
         raise();
         activateWindow();
@@ -55,8 +64,7 @@ void LarkspireApp::onLoginFinished(bool success, const QString &message)
     }
     showTrayMessage(QStringLiteral("登录失败"), QStringLiteral("自动登录失败: %1\n请重新登录").arg(message),
                     QSystemTrayIcon::Warning, LoginFailureMessageMs);
-    // A choice of login methods is to follow here; until it exists the log says what is missing.
-    qWarning() << "The automatic login was refused and there is no login dialog yet:" << message;
+    QTimer::singleShot(MethodChoiceDelay, this, &LarkspireApp::chooseLoginMethod);
 }
 
 void LarkspireApp::startNewsCycle()
@@ -108,10 +116,72 @@ void LarkspireApp::showLoginPrompt()
 {
     if (!m_authManager || m_authManager->isAuthenticated())
         return;
-    // The login dialogs are to open here; until they exist the user is told at the tray icon.
-    qWarning("Nobody is logged in and there is no login dialog yet");
-    showTrayMessage(QStringLiteral("尚未登录"), QStringLiteral("登录之后才能接收新闻"),
-                    QSystemTrayIcon::Warning, LoginFailureMessageMs);
+    const AuthCredentials stored = m_authManager->credentials();
+    if (stored.loginMethod == LoginMethod::EmailPassword && stored.username.isEmpty() &&
+        stored.apiKey.isEmpty())
+        chooseLoginMethod();
+    else
+        openLoginDialog(LoginMethod::EmailPassword);
+}
+
+void LarkspireApp::chooseLoginMethod()
+{
+    if (raiseLoginDialog())
+        return;
+    if (!m_loginMethodDialog) {
+        m_loginMethodDialog = new LoginMethodDialog(this);
+        m_loginMethodDialog->setAuthManager(m_authManager);
+    }
+    placeDialog(m_loginMethodDialog);
+    if (m_loginMethodDialog->exec() == QDialog::Accepted)
+        openLoginDialog(m_loginMethodDialog->selectedMethod());
+}
+
+void LarkspireApp::openLoginDialog(int method)
+{
+    if (raiseLoginDialog())
+        return;
+    if (!m_enhancedLoginDialog)
+        m_enhancedLoginDialog = new EnhancedLoginDialog(this);
+    // Each time: the fields that are empty take what has been stored since.
+    m_enhancedLoginDialog->setAuthManager(m_authManager);
+    m_enhancedLoginDialog->setLoginMethod(method);
+    placeDialog(m_enhancedLoginDialog);
+    m_enhancedLoginDialog->show();
+    m_enhancedLoginDialog->raise();
+    m_enhancedLoginDialog->activateWindow();
+}
+
+bool LarkspireApp::raiseLoginDialog()
+{
+    const QList<QDialog *> dialogs{m_loginMethodDialog, m_enhancedLoginDialog};
+    for (QDialog *dialog : dialogs) {
+        if (!dialog || !dialog->isVisible())
+            continue;
+        dialog->raise();
+        dialog->activateWindow();
+        return true;
+    }
+    return false;
+}
+
+void LarkspireApp::closeLoginDialogs()
+{
+    const QList<QDialog *> dialogs{m_loginDialog, m_loginMethodDialog, m_enhancedLoginDialog};
+    for (QDialog *dialog : dialogs) {
+        if (dialog && dialog->isVisible())
+            dialog->close();
+    }
+}
+
+void LarkspireApp::placeDialog(QDialog *dialog) const
+{
+    // Left alone, Qt would put it over the place where the hidden window once stood.
+    const bool windowInSight = isVisible() && !isMinimized();
+    const QScreen *where = windowInSight ? screen() : QGuiApplication::primaryScreen();
+    const QRect available = where->availableGeometry();
+    dialog->move(
+        WindowRules::dialogPosition(dialog->size(), windowInSight ? frameGeometry() : available, available));
 }
 
 void LarkspireApp::onLoginClicked()
@@ -124,17 +194,28 @@ void LarkspireApp::onLoginClicked()
 
 void LarkspireApp::onSelectLoginMethodClicked()
 {
-    // Nothing yet: leads to the choice of login methods.
+    chooseLoginMethod();
 }
 
 void LarkspireApp::onUserInfoButtonClicked()
 {
-    // Nothing yet: leads to the user's card.
+    if (!m_userInfoDialog)
+        return;
+    m_userInfoDialog->setApiClient(m_apiClient);
+    m_userInfoDialog->setAuthManager(m_authManager);
+    m_userInfoDialog->onRefreshUserInfoClicked();
+    m_userInfoDialog->show();
+    m_userInfoDialog->raise();
+    m_userInfoDialog->activateWindow();
 }
 
 void LarkspireApp::onCustomerServiceClicked()
 {
-    // Nothing yet: leads to the support dialog.
+    if (!m_customerServiceDialog)
+        return;
+    m_customerServiceDialog->show();
+    m_customerServiceDialog->raise();
+    m_customerServiceDialog->activateWindow();
 }
 
 void LarkspireApp::onUserInfoReceived(const QJsonObject &userInfo)
@@ -157,7 +238,7 @@ void LarkspireApp::updateUserStatusDisplay()
 
 void LarkspireApp::onLoginSuccessful(bool success, const QString &message)
 {
-    // Nothing yet: lets the user's card refresh itself while it is open.
-    Q_UNUSED(success)
     Q_UNUSED(message)
+    if (success && m_userInfoDialog && m_userInfoDialog->isVisible())
+        m_userInfoDialog->onRefreshUserInfoClicked();
 }

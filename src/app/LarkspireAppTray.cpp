@@ -37,7 +37,7 @@ void LarkspireApp::setupTrayIcon()
     m_showAction = m_trayMenu->addAction(QStringLiteral("显示主窗口"));
     m_hideAction = m_trayMenu->addAction(QStringLiteral("隐藏窗口"));
     m_trayMenu->addSeparator();
-    QAction *keywords = m_trayMenu->addAction(QStringLiteral("关键词管理"));
+    m_trayMenu->addAction(QStringLiteral("关键词管理"));
     QAction *settings = m_trayMenu->addAction(QStringLiteral("设置"));
     m_topMostAction = m_trayMenu->addAction(QStringLiteral("置顶"));
     m_topMostAction->setCheckable(true);
@@ -46,8 +46,7 @@ void LarkspireApp::setupTrayIcon()
     m_trayMenu->addAction(QStringLiteral("关于"));
     m_exitAction = m_trayMenu->addAction(QStringLiteral("退出"));
 
-    // Greyed until what they lead to exists.
-    keywords->setEnabled(false);
+    // Greyed until what it leads to exists.
     settings->setEnabled(false);
 
     m_trayIcon->setContextMenu(m_trayMenu);

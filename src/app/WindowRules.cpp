@@ -40,6 +40,14 @@ QPoint volumeTipPosition(const SliderState &slider, QSize tip, QPoint windowOrig
     return position;
 }
 
+QPoint dialogPosition(QSize dialog, const QRect &around, const QRect &screen)
+{
+    QRect place(QPoint(), dialog);
+    place.moveCenter(around.center());
+    return {std::max(screen.left(), std::min(place.left(), screen.right() + 1 - dialog.width())),
+            std::max(screen.top(), std::min(place.top(), screen.bottom() + 1 - dialog.height()))};
+}
+
 bool isNetworkLoginFailure(const QString &message)
 {
     static const QStringList marks = {QStringLiteral("网络"), QStringLiteral("network"),

@@ -33,6 +33,10 @@ struct SliderState
 /// \param windowWidth the window's width in pixels
 QPoint volumeTipPosition(const SliderState &slider, QSize tip, QPoint windowOrigin, int windowWidth);
 
+/// The top-left corner of a dialog of this size in the middle of \p around, kept inside \p screen; where it
+/// is too large for that, its title stays in sight. All in screen coordinates.
+QPoint dialogPosition(QSize dialog, const QRect &around, const QRect &screen);
+
 /// Whether a failed login failed for the network, told by its message.
 bool isNetworkLoginFailure(const QString &message);
 

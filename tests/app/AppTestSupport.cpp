@@ -2,42 +2,10 @@
 
 #include "settings/ConfigManager.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
-#include <QPushButton>
+#include <QTimer>
 #include <QWidget>
-
-BoxAnswer::BoxAnswer(const QString &button) : m_button(button)
-{
-    connect(&m_watch, &QTimer::timeout, this, &BoxAnswer::look);
-    m_watch.start(10);
-}
-
-void BoxAnswer::look()
-{
-    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-    if (!box || !box->isVisible())
-        return;
-    m_watch.stop();
-    m_shown = true;
-    m_title = box->windowTitle();
-    m_text = box->text();
-    m_icon = box->icon();
-    QAbstractButton *chosen = nullptr;
-    const QList<QAbstractButton *> buttons = box->buttons();
-    for (QAbstractButton *button : buttons) {
-        m_buttons.append(button->text());
-        if (button->text() == m_button)
-            chosen = button;
-    }
-    if (const QPushButton *standard = box->defaultButton())
-        m_defaultButton = standard->text();
-    if (chosen)
-        chosen->click();
-    else
-        box->close();
-}
 
 bool quitsBy(const std::function<void()> &act)
 {
@@ -170,5 +138,6 @@ void storeApiKey(const QString &serverUrl)
 
 void storeNoLogin()
 {
-    ConfigManager::instance()->setAutoLogin(false);
+    // A stored session at a port where nobody answers: without any login the program would ask for one.
+    storeSession(QStringLiteral("http://127.0.0.1:1"));
 }

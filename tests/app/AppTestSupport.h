@@ -6,43 +6,12 @@
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QMessageBox>
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 #include <QUrlQuery>
 
 #include <functional>
-
-/// Answers the next message box from the event loop: notes what it shows and presses the button of this text.
-class BoxAnswer final : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit BoxAnswer(const QString &button);
-
-    bool shown() const { return m_shown; }
-    QString title() const { return m_title; }
-    QString text() const { return m_text; }
-    /// Texts of the buttons, in no order of meaning.
-    QStringList buttons() const { return m_buttons; }
-    QString defaultButton() const { return m_defaultButton; }
-    QMessageBox::Icon icon() const { return m_icon; }
-
-private:
-    void look();
-
-    QString m_button;
-    QTimer m_watch;
-    bool m_shown = false;
-    QString m_title;
-    QString m_text;
-    QStringList m_buttons;
-    QString m_defaultButton;
-    QMessageBox::Icon m_icon = QMessageBox::NoIcon;
-};
 
 /// Runs the event loop with this going on inside it; true when it has made the program quit.
 bool quitsBy(const std::function<void()> &act);
@@ -91,5 +60,5 @@ QJsonObject newsObject(const QString &id, const QString &title, const QDateTime 
 void storeSession(const QString &serverUrl);
 /// The settings of a user who logs in with a key at the start.
 void storeApiKey(const QString &serverUrl);
-/// The settings of a start without any login.
+/// The settings of a start at which nobody gets logged in and nobody is asked.
 void storeNoLogin();

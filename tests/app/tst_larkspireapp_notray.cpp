@@ -3,6 +3,7 @@
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
+#include "support/BoxAnswer.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
 

@@ -9,6 +9,7 @@
 #include "settings/MainWindowSkin.h"
 #include "settings/SkinLightness.h"
 #include "settings/ThemeManager.h"
+#include "support/BoxAnswer.h"
 #include "support/IsolatedHome.h"
 #include "support/LogCapture.h"
 #include "support/speechplugin/SpeechStage.h"

@@ -4,6 +4,7 @@
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
+#include "support/BoxAnswer.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
 #include "support/speechplugin/StagedSpeechEngine.h"

@@ -16,6 +16,8 @@ private slots:
     void refreshIntervalNeverGoesBelowTenSeconds();
     void volumeTipPosition_data();
     void volumeTipPosition();
+    void dialogOpensInTheMiddleAndInSight_data();
+    void dialogOpensInTheMiddleAndInSight();
     void networkFailureIsToldByTheMessage_data();
     void networkFailureIsToldByTheMessage();
 };
@@ -115,6 +117,32 @@ void TestWindowRules::volumeTipPosition()
     QFETCH(int, windowWidth);
     const WindowRules::SliderState state{slider, 0, 100, value};
     QTEST(WindowRules::volumeTipPosition(state, QSize(40, 25), windowOrigin, windowWidth), "expected");
+}
+
+void TestWindowRules::dialogOpensInTheMiddleAndInSight_data()
+{
+    QTest::addColumn<QSize>("dialog");
+    QTest::addColumn<QRect>("around");
+    QTest::addColumn<QPoint>("expected");
+
+    const QSize dialog(500, 700);
+    QTest::newRow("over a window") << dialog << QRect(600, 200, 801, 601) << QPoint(751, 151);
+    QTest::newRow("in the middle of the screen") << dialog << QRect(0, 24, 1920, 1056) << QPoint(710, 202);
+    QTest::newRow("window at the left edge") << dialog << QRect(0, 300, 343, 697) << QPoint(0, 299);
+    QTest::newRow("window at the right edge") << dialog << QRect(1577, 300, 343, 697) << QPoint(1420, 299);
+    QTest::newRow("window at the top") << dialog << QRect(800, 24, 343, 301) << QPoint(722, 24);
+    QTest::newRow("window at the bottom") << dialog << QRect(800, 900, 343, 180) << QPoint(722, 380);
+    QTest::newRow("window beside the screen") << dialog << QRect(-900, 300, 343, 697) << QPoint(0, 299);
+    QTest::newRow("taller than the screen")
+        << QSize(500, 1200) << QRect(0, 24, 1920, 1056) << QPoint(710, 24);
+    QTest::newRow("wider than the screen") << QSize(2000, 700) << QRect(0, 24, 1920, 1056) << QPoint(0, 202);
+}
+
+void TestWindowRules::dialogOpensInTheMiddleAndInSight()
+{
+    QFETCH(QSize, dialog);
+    QFETCH(QRect, around);
+    QTEST(WindowRules::dialogPosition(dialog, around, QRect(0, 24, 1920, 1056)), "expected");
 }
 
 void TestWindowRules::networkFailureIsToldByTheMessage_data()

@@ -1,0 +1,36 @@
+#include "support/BoxAnswer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QPushButton>
+
+BoxAnswer::BoxAnswer(const QString &button) : m_button(button)
+{
+    connect(&m_watch, &QTimer::timeout, this, &BoxAnswer::look);
+    m_watch.start(10);
+}
+
+void BoxAnswer::look()
+{
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    if (!box || !box->isVisible())
+        return;
+    m_watch.stop();
+    m_shown = true;
+    m_title = box->windowTitle();
+    m_text = box->text();
+    m_icon = box->icon();
+    QAbstractButton *chosen = nullptr;
+    const QList<QAbstractButton *> buttons = box->buttons();
+    for (QAbstractButton *button : buttons) {
+        m_buttons.append(button->text());
+        if (button->text() == m_button)
+            chosen = button;
+    }
+    if (const QPushButton *standard = box->defaultButton())
+        m_defaultButton = standard->text();
+    if (chosen)
+        chosen->click();
+    else
+        box->close();
+}
