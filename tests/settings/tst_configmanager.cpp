@@ -187,7 +187,7 @@ private slots:
         config().setAuthUsername(t("云雀"));
         config().sync();
         QFile file(settingsFilePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
         QVERIFY2(file.readAll().contains("[Auth]\nUsername=云雀\n"), "plain UTF-8, not escaped");
     }
 
