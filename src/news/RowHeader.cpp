@@ -96,8 +96,8 @@ void RowHeader::setModel(QAbstractItemModel *newModel)
     if (newModel) {
         connect(newModel, &QAbstractItemModel::rowsInserted, this,
                 [this](const QModelIndex &, int first, int last) {
-                    m_heights.insert(m_heights.begin() + first, static_cast<std::size_t>(last - first + 1),
-                                     Height());
+                    const int count = last - first + 1;
+                    m_heights.insert(m_heights.begin() + first, static_cast<std::size_t>(count), Height());
                 });
         connect(newModel, &QAbstractItemModel::rowsRemoved, this,
                 [this](const QModelIndex &, int first, int last) {

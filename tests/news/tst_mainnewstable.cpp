@@ -117,6 +117,14 @@ void compareTables(const CustomTableWidget &table, const CustomTableWidget &refe
         QCOMPARE(describe(table, row), describe(reference, row));
 }
 
+QVector<int> heightsOf(const QTableWidget &table)
+{
+    QVector<int> heights;
+    for (int row = 0; row < table.rowCount(); ++row)
+        heights.append(table.rowHeight(row));
+    return heights;
+}
+
 class PaintCounter final : public QObject
 {
 public:
@@ -442,7 +450,7 @@ private slots:
     void randomMergesEqualTheFullRewrite_data()
     {
         QTest::addColumn<unsigned>("seed");
-        for (unsigned seed = 1; seed <= 60; ++seed)
+        for (unsigned seed = 1; seed <= 40; ++seed)
             QTest::addRow("seed %u", seed) << seed;
     }
 
@@ -536,6 +544,10 @@ private slots:
                 keywords += NewsTables::newsAt(table.get(), row).hasKeywords ? 1 : 0;
             QCOMPARE(merge.keywordCount, keywords);
         }
+        // Column widths, and so heights, are settled only in tables that are shown.
+        table->show();
+        referenceTable->show();
+        QTRY_COMPARE(heightsOf(*table), heightsOf(*referenceTable));
     }
 };
 
