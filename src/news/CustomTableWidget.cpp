@@ -5,15 +5,8 @@
 #include "news/TooltipPlacing.h"
 
 #include <QHelpEvent>
-#include <QPainter>
 #include <QScreen>
 #include <QTimer>
-
-namespace {
-
-constexpr int emptyTextMargin = 12;
-
-} // namespace
 
 CustomTableWidget::CustomTableWidget(QWidget *parent)
     : QTableWidget(parent)
@@ -63,12 +56,6 @@ void CustomTableWidget::setUniformRowHeight(int height)
 {
     if (RowHeader *header = rowHeader())
         header->setUniformHeight(height);
-}
-
-void CustomTableWidget::setEmptyText(const QString &text)
-{
-    m_emptyText = text;
-    viewport()->update();
 }
 
 void CustomTableWidget::selectRowInPlace(int row)
@@ -126,18 +113,6 @@ bool CustomTableWidget::viewportEvent(QEvent *event)
         m_tooltipWidget->hide();
     }
     return QTableWidget::viewportEvent(event);
-}
-
-void CustomTableWidget::paintEvent(QPaintEvent *event)
-{
-    QTableWidget::paintEvent(event);
-    if (rowCount() > 0 || m_emptyText.isEmpty())
-        return;
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::Text));
-    painter.drawText(
-        viewport()->rect().adjusted(emptyTextMargin, emptyTextMargin, -emptyTextMargin, -emptyTextMargin),
-        Qt::AlignCenter | Qt::TextWordWrap, m_emptyText);
 }
 
 void CustomTableWidget::scrollContentsBy(int dx, int dy)

@@ -24,9 +24,6 @@ public:
     /// Gives all rows one height in pixels, whatever they hold; 0, the default, sizes them to their contents.
     void setUniformRowHeight(int height);
 
-    /// What the table shows in the middle while it has no rows; nothing by default.
-    void setEmptyText(const QString &text);
-
     /// Selects a row without scrolling to it, so that whoever reads further down is not pulled away.
     void selectRowInPlace(int row);
 
@@ -41,7 +38,6 @@ protected:
     void leaveEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     bool viewportEvent(QEvent *event) override;
-    void paintEvent(QPaintEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     void updateGeometries() override;
 
@@ -50,5 +46,4 @@ private:
 
     CustomTooltipWidget *m_tooltipWidget;
     QTimer *m_tooltipHideTimer;
-    QString m_emptyText;
 };

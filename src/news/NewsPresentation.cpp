@@ -133,21 +133,6 @@ int rowHeight(NewsTableKind kind)
     return kind == NewsTableKind::Main ? 0 : 30;
 }
 
-QString emptyText(NewsTableKind kind)
-{
-    switch (kind) {
-    case NewsTableKind::Interactive:
-        return QStringLiteral("暂无互动平台新闻");
-    case NewsTableKind::Selected:
-        return QStringLiteral("暂无自选新闻");
-    case NewsTableKind::Search:
-        return QStringLiteral("没有搜索结果");
-    case NewsTableKind::Main:
-        break;
-    }
-    return QStringLiteral("暂无新闻");
-}
-
 QString formatShortTime(const QDateTime &time)
 {
     return QStringLiteral("%1\n%2").arg(time.toString(QStringLiteral("MM-dd")),

@@ -63,9 +63,6 @@ std::optional<Highlight> titleHighlight(NewsTableKind kind, const NewsData &item
 /// Row height in device-independent pixels; 0 where rows are as high as their contents.
 int rowHeight(NewsTableKind kind);
 
-/// What a table without rows says.
-QString emptyText(NewsTableKind kind);
-
 /// Date and time in two lines: "MM-dd", a line feed, "hh:mm".
 QString formatShortTime(const QDateTime &time);
 

@@ -98,7 +98,6 @@ void setUpTable(CustomTableWidget *table, NewsTableKind kind)
     table->verticalHeader()->hide();
     table->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table->setUniformRowHeight(NewsPresentation::rowHeight(kind));
-    table->setEmptyText(NewsPresentation::emptyText(kind));
     table->setSortingEnabled(true);
 }
 

@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QHeaderView>
-#include <QImage>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTextBrowser>
@@ -118,36 +117,6 @@ private slots:
         QCOMPARE(table.verticalHeader()->sectionResizeMode(0), QHeaderView::ResizeToContents);
         QCOMPARE(table.horizontalHeader()->sortIndicatorSection(), 0);
         QCOMPARE(table.horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
-    }
-
-    void anEmptyTableSaysSo_data() { addKinds(); }
-
-    void anEmptyTableSaysSo()
-    {
-        QFETCH(NewsTableKind, kind);
-        CustomTableWidget table;
-        NewsTables::setUpTable(&table, kind);
-        table.resize(400, 300);
-        table.show();
-        const QImage empty = table.viewport()->grab().toImage();
-        // Nothing but the text differs from one edge to the other.
-        const QRgb background = empty.pixel(0, 0);
-        QRect ink;
-        for (int y = 0; y < empty.height(); ++y) {
-            for (int x = 0; x < empty.width(); ++x) {
-                if (empty.pixel(x, y) != background)
-                    ink |= QRect(x, y, 1, 1);
-            }
-        }
-        QVERIFY(ink.width() > 30);
-        QVERIFY(qAbs(ink.center().x() - empty.width() / 2) < 10);
-        QVERIFY(qAbs(ink.center().y() - empty.height() / 2) < 10);
-
-        const NewsData item = news(1, 0);
-        NewsTables::replaceRows(&table, kind, {item}, NewsSkin::Light);
-        const QImage filled = table.viewport()->grab().toImage().copy(ink);
-        table.setEmptyText(QString());
-        QCOMPARE(table.viewport()->grab().toImage().copy(ink), filled);
     }
 
     void rowsAreThirtyHighWhereThatIsTold()
