@@ -32,7 +32,7 @@ void LarkspireApp::onTabChanged(int index)
         refreshInteractiveNews();
     } else if (page == m_ui->selectedNewsPage) {
         refreshSelectedNews();
-        // Never true after the line above, which sets both: one request per visit. It stands here as meant.
+        // The line above has just set both, so each visit asks once. It stands here as meant.
         const bool old = m_lastSelectedRefresh.isValid() &&
                          m_lastSelectedRefresh.secsTo(m_clock()) > SelectedNewsAgeSeconds;
         if (!m_selectedNewsLoaded || old)

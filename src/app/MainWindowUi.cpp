@@ -344,6 +344,8 @@ void MainWindowUi::buildStatusBar(QMainWindow *window)
         item->setGeometry(x, StatusItemTop, width, StatusItemHeight);
     };
     statusLabel = make<QLabel>(QStringLiteral("statusLabel"), QStringLiteral("就绪"), statusbar);
+    // Parts of it come from the user and from the service.
+    statusLabel->setTextFormat(Qt::PlainText);
     place(statusLabel, 0, 200);
     newsCountLabel =
         make<QLabel>(QStringLiteral("newsCountLabel"), QStringLiteral("新闻: 0 (关键词: 0)"), statusbar);
