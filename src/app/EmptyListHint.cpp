@@ -9,23 +9,23 @@
 #include <QPainter>
 
 EmptyListHint::EmptyListHint(QAbstractItemView *view, const QString &text)
-    : QWidget(view->viewport()), m_view(view), m_text(text)
+    : QWidget(view->viewport()), m_model(view->model()), m_text(text)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAccessibleName(text);
     view->viewport()->installEventFilter(this);
-    const QAbstractItemModel *model = view->model();
-    connect(model, &QAbstractItemModel::rowsInserted, this, &EmptyListHint::followRows);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, &EmptyListHint::followRows);
-    connect(model, &QAbstractItemModel::modelReset, this, &EmptyListHint::followRows);
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, &EmptyListHint::followRows);
+    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &EmptyListHint::followRows);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &EmptyListHint::followRows);
     setGeometry(view->viewport()->rect());
     followRows();
 }
 
 bool EmptyListHint::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_view->viewport() && event->type() == QEvent::Resize)
-        setGeometry(m_view->viewport()->rect());
+    // Not by way of the list: its own part may be gone when its viewport goes.
+    if (watched == parentWidget() && event->type() == QEvent::Resize)
+        setGeometry(parentWidget()->rect());
     return QWidget::eventFilter(watched, event);
 }
 
@@ -39,5 +39,5 @@ void EmptyListHint::paintEvent(QPaintEvent *event)
 
 void EmptyListHint::followRows()
 {
-    setVisible(m_view->model()->rowCount() == 0);
+    setVisible(m_model->rowCount() == 0);
 }

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QWidget>
 
+class QAbstractItemModel;
 class QAbstractItemView;
 
 /// A line in the middle of a list that says what will be here, for as long as the list has no row. It takes
@@ -25,6 +26,6 @@ protected:
 private:
     void followRows();
 
-    QAbstractItemView *m_view;
+    const QAbstractItemModel *m_model;
     QString m_text;
 };
