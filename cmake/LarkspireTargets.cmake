@@ -43,13 +43,14 @@ function(larkspire_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE larkspire_qt_flags ${ARG_LINK_PRIVATE})
 endfunction()
 
-# larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+# larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] [WINE] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
 # A Qt Test program under CTest. Without DISPLAY it runs on the offscreen platform; with DISPLAY it runs
 # on a virtual X server of its own with a window manager and a tray, with WAYLAND on a compositor of its own. With
 # SOUND it runs beside a sound server of its own and carries the label "sound". With PROCESSES it sees no process
-# but its own.
+# but its own. With WINE it has a Wine session and the programs of the Windows side; where there is no Windows side
+# it is reported as skipped.
 function(larkspire_test name)
-  cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES;WINE" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
   set(around)
@@ -69,6 +70,10 @@ function(larkspire_test name)
   if(ARG_PROCESSES)
     list(APPEND around "${PROJECT_SOURCE_DIR}/tests/support/with-own-processes")
   endif()
+  if(ARG_WINE)
+    list(APPEND ARG_LABELS wine)
+    larkspire_with_wine(around ${around})
+  endif()
   add_test(NAME ${name} COMMAND ${around} $<TARGET_FILE:${name}>)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
@@ -77,6 +82,47 @@ function(larkspire_test name)
     TIMEOUT ${ARG_TIMEOUT}
     LABELS "${ARG_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;UBSAN_OPTIONS=print_stacktrace=1")
+  if(ARG_WINE)
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK wine SKIP_RETURN_CODE 77)
+  endif()
+endfunction()
+
+# larkspire_with_wine(RESULT [WRAPPER...]): what stands before the command of a test that is wrapped so and wants a
+# Wine session as well.
+function(larkspire_with_wine result)
+  if(LARKSPIRE_WINDOWS_QT)
+    set(${result} ${ARGN} "${PROJECT_SOURCE_DIR}/tests/support/with-wine" "${CMAKE_BINARY_DIR}/wine-prefix"
+      "${LARKSPIRE_WINDOWS_QT}" PARENT_SCOPE)
+  else()
+    set(${result} "${PROJECT_SOURCE_DIR}/tests/support/skipped"
+      "LARKSPIRE_WINDOWS_QT names no Qt for Windows" PARENT_SCOPE)
+  endif()
+endfunction()
+
+# larkspire_windows_test(NAME SOURCES file... [LINK target...] [TIMEOUT seconds])
+# A Qt Test program for Windows. In the Windows configuration it is built; in the other it is run, under Wine on a
+# virtual X server, or reported as skipped where there is no Windows side. So the call stands in both.
+function(larkspire_windows_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+  if(WIN32)
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    add_dependencies(windows_side ${name})
+    return()
+  endif()
+  larkspire_with_wine(around
+    "${PROJECT_SOURCE_DIR}/tests/support/with-display" "${PROJECT_SOURCE_DIR}/tests/support/with-own-processes")
+  add_test(NAME ${name} COMMAND ${around} wine "${LARKSPIRE_WINDOWS_BINARY_DIR}/tests/${name}.exe")
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT}
+    LABELS wine
+    RESOURCE_LOCK wine
+    SKIP_RETURN_CODE 77
+    ENVIRONMENT "LC_ALL=C.UTF-8")
 endfunction()
 
 # larkspire_benchmark(NAME SOURCES file... [LINK target...])

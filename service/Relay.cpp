@@ -58,8 +58,7 @@ sockaddr_in loopback(int port)
 
 bool wouldBlock()
 {
-    static_assert(EAGAIN == EWOULDBLOCK);
-    return errno == EAGAIN;
+    return errno == EAGAIN || errno == EWOULDBLOCK;
 }
 
 /// A JSON object of `bytes` bytes in all.
@@ -332,8 +331,7 @@ void Relay::takeRequests(Connection &connection)
 bool Relay::takeRequest(Connection &connection)
 {
     const std::size_t headEnd = connection.incoming.find("\r\n\r\n");
-    static_assert(std::string::npos > largestHead);
-    if (headEnd > largestHead) {
+    if (headEnd == std::string::npos || headEnd > largestHead) {
         if (connection.incoming.size() > largestHead)
             refuse(connection, 431, "请求头过大");
         return false;

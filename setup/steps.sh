@@ -68,10 +68,11 @@ install_packages() {
 build() {
     local preset=$1
     shift
-    if [ ! -f "build/$preset/build.ninja" ]; then
+    local cache=build/$preset/CMakeCache.txt windows_qt=${LARKSPIRE_WINDOWS_QT:-}
+    if [ ! -f "build/$preset/build.ninja" ] || ! grep -qxF "LARKSPIRE_WINDOWS_QT:PATH=$windows_qt" "$cache"; then
         say "Configuring ($preset)"
         mkdir -p build
-        cmake --preset "$preset" >"build/configure-$preset.log" 2>&1 ||
+        cmake --preset "$preset" "-DLARKSPIRE_WINDOWS_QT=$windows_qt" >"build/configure-$preset.log" 2>&1 ||
             fail "configuring failed: $(grep -m 1 -A 2 'CMake Error' "build/configure-$preset.log" | tr '\n' ' ') (all of it in build/configure-$preset.log)"
     fi
     say "Building ($preset)"

@@ -8,13 +8,13 @@
 namespace Layout {
 
 /// Tdx: six digits and a zero byte, at the base of Viewthem64.dll (Viewthem.dll) plus this.
-constexpr std::uint32_t tdxCodeOffset = 0x20A50;
+constexpr std::uint32_t tdxCodeOffset = 0x120A50;
 
 /// Ths: a 32-bit pointer, at the base of hexin.exe plus this, to a marker byte, the digits and a zero byte.
-constexpr std::uint32_t thsPointerOffset = 0x21C48;
+constexpr std::uint32_t thsPointerOffset = 0x121C48;
 
 /// Bytes of memory behind a module's base, headers included.
-constexpr std::uint32_t imageSize = 0x40000;
+constexpr std::uint32_t imageSize = 0x200000;
 
 /// Bytes of the text that the program writes at each change.
 constexpr std::uint32_t textSize = 8;

@@ -3,14 +3,15 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <csignal>
 
-StandIn::StandIn(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment)
+StandIn::StandIn(const QString &program, const QStringList &arguments, const QString &launcher)
 {
-    if (!environment.isEmpty())
-        m_process.setProcessEnvironment(environment);
+    QStringList words = QStringList(program) + arguments + QStringList{QStringLiteral("--end-with-input")};
+    if (!launcher.isEmpty())
+        words.prepend(launcher);
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(program, arguments + QStringList{QStringLiteral("--end-with-input")});
+    const QString first = words.takeFirst();
+    m_process.start(first, words);
 }
 
 StandIn::~StandIn()
@@ -54,16 +55,6 @@ bool StandIn::waitFor(const std::function<bool(const QByteArray &)> &isMeant, in
             m_lines.append(m_process.readLine().trimmed());
     }
     return true;
-}
-
-void StandIn::suspend() const
-{
-    ::kill(pid_t(m_process.processId()), SIGSTOP);
-}
-
-void StandIn::resume() const
-{
-    ::kill(pid_t(m_process.processId()), SIGCONT);
 }
 
 void StandIn::kill()

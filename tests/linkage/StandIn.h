@@ -9,9 +9,9 @@
 class StandIn final
 {
 public:
-    /// Starts `program` with `arguments`; "--end-with-input" is added, so that it ends with the test.
-    StandIn(const QString &program, const QStringList &arguments,
-            const QProcessEnvironment &environment = {});
+    /// Starts `program` with `arguments`, by `launcher` if that is not empty; "--end-with-input" is added, so
+    /// that it ends with the test.
+    StandIn(const QString &program, const QStringList &arguments, const QString &launcher);
     /// Ends the program.
     ~StandIn();
     Q_DISABLE_COPY_MOVE(StandIn)
@@ -27,9 +27,6 @@ public:
     /// Waits until a line stands among those that the program has written since the last order.
     bool waitForLine(const QByteArray &line, int timeoutMs = 10000);
 
-    /// Suspends and resumes the program.
-    void suspend() const;
-    void resume() const;
     /// Ends the program without giving it a chance; it is collected too.
     void kill();
 

@@ -1,7 +1,7 @@
 #include "linkage/FakePlatform.h"
 #include "linkage/ProcessUtils.h"
 #include "support/IsolatedHome.h"
-#include "support/WarningLog.h"
+#include "support/LogCapture.h"
 
 #include <QCoreApplication>
 #include <QtEndian>
@@ -254,13 +254,13 @@ private slots:
         platform.processes = {tdx(10, text)};
         ProcessUtils utils(platform);
         QVERIFY(utils.setTdxOffset(tdxOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString read = QStringLiteral("old");
         QCOMPARE(utils.readTdxCode(read), accepted);
         QCOMPARE(read, code);
         // A rejected text detaches and says nothing.
         QCOMPARE(platform.openHandles(), accepted ? QStringList{QStringLiteral("h1")} : QStringList());
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
         // The same text once more, with the code already known, comes out the same.
         QCOMPARE(utils.readTdxCode(read), accepted);
         QCOMPARE(read, code);
@@ -322,12 +322,12 @@ private slots:
         platform.processes = {ths(20, text)};
         ProcessUtils utils(platform);
         QVERIFY(utils.setThsOffset(thsOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString read = QStringLiteral("old");
         QCOMPARE(utils.readThsCode(read), accepted);
         QCOMPARE(read, code);
         QCOMPARE(platform.openHandles(), accepted ? QStringList{QStringLiteral("h1")} : QStringList());
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
         QCOMPARE(utils.readThsCode(read), accepted);
         QCOMPARE(read, code);
     }
@@ -350,12 +350,12 @@ private slots:
         platform.shortReadsSucceed = shortReadsSucceed;
         ProcessUtils utils(platform);
         QVERIFY(utils.setTdxOffset(tdxOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString code = QStringLiteral("kept");
         QVERIFY(!utils.readTdxCode(code));
         QCOMPARE(code, QStringLiteral("kept"));
         QCOMPARE(platform.takeCalls(), attachTdxCalls() + QStringList({readTdx, closeFirst}));
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
 
         platform.processes[0] = tdx(10, "300750");
         QVERIFY(utils.readTdxCode(code));
@@ -378,13 +378,13 @@ private slots:
         platform.shortReadsSucceed = shortReadsSucceed;
         ProcessUtils utils(platform);
         QVERIFY(utils.setThsOffset(thsOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString code = QStringLiteral("kept");
         QVERIFY(!utils.readThsCode(code));
         QCOMPARE(code, QStringLiteral("kept"));
         QCOMPARE(platform.takeCalls(),
                  attachThsCalls() + QStringList({readThsPointer, readThsText, closeFirst}));
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
 
         platform.processes[0] = ths(20);
         QVERIFY(utils.readThsCode(code));
@@ -401,10 +401,10 @@ private slots:
         platform.error = 299;
         ProcessUtils utils(platform);
         QVERIFY(utils.setThsOffset(thsOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString code;
         QVERIFY(!utils.readThsCode(code));
-        QCOMPARE(warnings.take(), QStringList{QStringLiteral("ReadProcessMemory failed. Error: 299")});
+        QCOMPARE(log.lines(), QStringList{QStringLiteral("ReadProcessMemory failed. Error: 299")});
         QCOMPARE(platform.takeCalls(),
                  attachThsCalls() + QStringList({readThsPointer, QStringLiteral("lastError"), closeFirst}));
     }
@@ -432,13 +432,13 @@ private slots:
         platform.processes[0].memory[thsBase + 0x1A2B3C] = pointerWord(0);
         ProcessUtils utils(platform);
         QVERIFY(utils.setThsOffset(thsOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString code;
         QVERIFY(!utils.readThsCode(code));
         QCOMPARE(platform.takeCalls(),
                  attachThsCalls() + QStringList({readThsPointer,
                                                  QStringLiteral("readMemory h1 0x0 8 counted"), closeFirst}));
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
     }
 
     void aThsPointerIsFourBytesWideInA64BitProcessToo()
@@ -494,13 +494,13 @@ private slots:
         FakePlatform platform;
         ProcessUtils utils(platform);
         QVERIFY(utils.setTdxOffset(tdxOffset));
-        WarningLog warnings;
+        LogCapture log;
         QString code;
         for (int round = 0; round < 3; ++round) {
             QVERIFY(!utils.readTdxCode(code));
             QCOMPARE(platform.takeCalls(), QStringList{QStringLiteral("walkProcesses")});
         }
-        QCOMPARE(warnings.take(), QStringList());
+        QCOMPARE(log.lines(), QStringList());
     }
 
     void a32BitProcessIsSearchedForThe32BitModule()
@@ -535,14 +535,14 @@ private slots:
         platform.processes[0].is32Bit = std::nullopt;
         platform.processes[1].is32Bit = std::nullopt;
         ProcessUtils utils(platform);
-        WarningLog warnings;
+        LogCapture log;
         QVERIFY(!utils.attachTdx(0));
         QCOMPARE(platform.takeCalls(), attachTdxCalls().mid(0, 3) + QStringList{closeFirst});
         QVERIFY(!utils.attachThs(0));
         QCOMPARE(platform.takeCalls(),
                  attachThsCalls(2).mid(0, 3) + QStringList{QStringLiteral("closeProcess h2")});
-        QCOMPARE(warnings.take(), (QStringList{QStringLiteral("Cannot determine process architecture"),
-                                               QStringLiteral("Cannot determine process architecture")}));
+        QCOMPARE(log.lines(), (QStringList{QStringLiteral("Cannot determine process architecture"),
+                                           QStringLiteral("Cannot determine process architecture")}));
     }
 
     void aModuleThatIsNotThereIsLoggedByNameAndDetaches_data()
@@ -567,11 +567,11 @@ private slots:
                                {0x4000, QStringLiteral("Viewthem64.dll"), !is32Bit}};
         }
         ProcessUtils utils(platform);
-        WarningLog warnings;
+        LogCapture log;
         QVERIFY(!utils.attachTdx(0));
         QVERIFY(!utils.attachThs(0));
-        QCOMPARE(warnings.take(), (QStringList{tdxModule + QStringLiteral(" not found in process"),
-                                               QStringLiteral("hexin.exe not found in process")}));
+        QCOMPARE(log.lines(), (QStringList{tdxModule + QStringLiteral(" not found in process"),
+                                           QStringLiteral("hexin.exe not found in process")}));
         QCOMPARE(platform.openHandles(), QStringList());
     }
 
@@ -592,10 +592,10 @@ private slots:
         platform.moduleListFails = firstFails;
         platform.secondModuleListFails = true;
         ProcessUtils utils(platform);
-        WarningLog warnings;
+        LogCapture log;
         QVERIFY(!utils.attachTdx(0));
         QCOMPARE(platform.takeCalls(), attachTdxCalls().mid(0, 3 + listings) + QStringList{closeFirst});
-        QCOMPARE(warnings.take(), QStringList{QStringLiteral("Viewthem64.dll not found in process")});
+        QCOMPARE(log.lines(), QStringList{QStringLiteral("Viewthem64.dll not found in process")});
     }
 
     void aListOfNoModulesIsCopedWith()
@@ -604,9 +604,9 @@ private slots:
         platform.processes = {tdx(10)};
         platform.processes[0].modules.clear();
         ProcessUtils utils(platform);
-        WarningLog warnings;
+        LogCapture log;
         QVERIFY(!utils.attachTdx(0));
-        QCOMPARE(warnings.take().size(), 1);
+        QCOMPARE(log.lines().size(), 1);
     }
 
     void theTdxProcessIsTheChosenOneElseTheArgumentElseTheFirstOfItsName_data()

@@ -196,8 +196,7 @@ void ServiceFeedTest::oddItemsComeOnlyWhenAskedFor()
         if (!service.start())
             return -1;
         int odd = 0;
-        const QJsonArray items = news(service, "limit=500");
-        for (const QJsonValue &item : items)
+        for (const QJsonValue &item : news(service, "limit=500"))
             odd += textAt(item.toObject(), "publish_time").size() == 19 &&
                            !textAt(item.toObject(), "title").isEmpty()
                        ? 0

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -244,13 +245,13 @@ std::optional<std::u16string> LinuxPlatformOperations::processImagePath(ProcessH
 
 std::optional<bool> LinuxPlatformOperations::is32BitProcess(ProcessHandle process)
 {
-    const OpenProcess &target = opened(process);
-    const auto files = mappedFiles(target);
-    if (!files)
+    OpenProcess &target = opened(process);
+    target.files = mappedFiles(target);
+    if (!target.files)
         return std::nullopt;
     // The program's own header, not that of the loader: a 64-bit Wine runs 32-bit programs too.
     const std::string name = programName(target);
-    for (const ProcFiles::MappedFile &file : *files) {
+    for (const ProcFiles::MappedFile &file : *target.files) {
         if (!isSameName(ProcFiles::fileName(file.path), name))
             continue;
         const auto kind = headerKind(target, file);
@@ -270,7 +271,7 @@ bool LinuxPlatformOperations::listModules(ProcessHandle process, ModuleFilter fi
 {
     OpenProcess &target = opened(process);
     if (!modules || target.modules.empty()) {
-        auto files = mappedFiles(target);
+        auto files = target.files ? std::exchange(target.files, std::nullopt) : mappedFiles(target);
         if (!files)
             return false;
         const auto wanted =

@@ -49,6 +49,8 @@ private:
         std::uint32_t pid = 0;
         FileDescriptor folder;  ///< /proc/PID; goes dead with the process
         FileDescriptor process; ///< pidfd, the cheap way to ask whether it lives; absent before Linux 5.3
+        /// The memory maps as last read, for the one question that follows: reading them is slow.
+        std::optional<std::vector<ProcFiles::MappedFile>> files;
         std::vector<ProcFiles::MappedFile> modules; ///< as last listed
     };
 

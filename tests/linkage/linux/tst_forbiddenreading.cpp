@@ -5,7 +5,7 @@
 #include "linkage/linux/ReservedSpace.h"
 #include "linkage/linux/SystemCallFilter.h"
 #include "support/IsolatedHome.h"
-#include "support/WarningLog.h"
+#include "support/LogCapture.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -37,7 +37,7 @@ private slots:
         QVERIFY(first.hasStarted() && second.hasStarted());
 
         LinuxPlatformOperations operations;
-        WarningLog warnings;
+        LogCapture log;
         QString code;
         for (const quint32 pid : {first.pid(), second.pid(), first.pid()}) {
             // A new reader each time, as the set-up dialog makes them.
@@ -48,7 +48,7 @@ private slots:
                 QVERIFY(!utils.readTdxCode(code));
             }
         }
-        const QStringList lines = warnings.take();
+        const QStringList lines = log.lines();
         QCOMPARE(lines.size(), 2);
         const QString beginning =
             QStringLiteral("Cannot read the memory of tst_forbiddenreading (process %1): ");
@@ -74,12 +74,12 @@ private slots:
                 ::_exit(1);
             QByteArray text;
             {
-                WarningLog warnings;
+                LogCapture log;
                 LinuxPlatformOperations operations;
                 ProcessUtils utils(operations);
                 for (int tick = 0; tick < 5; ++tick)
                     utils.attachTdx(target);
-                text = warnings.take().join(QLatin1Char('\n')).toUtf8();
+                text = log.lines().join(QLatin1Char('\n')).toUtf8();
             }
             ::_exit(::write(answer[1], text.constData(), std::size_t(text.size())) == text.size() ? 0 : 1);
         }
