@@ -301,7 +301,7 @@ Draft interactive(Dice &dice, EpochSeconds)
 {
     const Stock &stock = anyStock(dice);
     const std::string theme = dice.of(themes);
-    Draft draft{InteractiveCategory, dice.once(2) ? "互动易(模拟)" : "上证e互动(模拟)", {}, {}, {&stock}};
+    Draft draft{InteractiveCategory, dice.once(2) ? "互动平台(模拟)" : "投资者问答(模拟)", {}, {}, {&stock}};
     const std::string name = stock.name;
     switch (dice.between(0, 3)) {
     case 0:
@@ -322,8 +322,7 @@ Draft interactive(Dice &dice, EpochSeconds)
         break;
     default:
         draft.title = name + "：暂无应披露而未披露的重大资产重组事项";
-        draft.paragraphs = {"问：市场传闻公司将重组，是否属实？",
-                            "答：公司严格履行信息披露义务，请以公告为准。"};
+        draft.paragraphs = {"问：公司近期有无资产重组计划？", "答：公司严格履行信息披露义务，请以公告为准。"};
     }
     return draft;
 }

@@ -37,8 +37,11 @@ void requireOneOf(Condition &condition, const std::vector<std::string> &texts)
 {
     std::string alternatives = "0";
     for (const std::string &text : texts) {
-        const std::string place = "?" + std::to_string(condition.texts.size() + 1);
-        alternatives += " OR title LIKE " + place + " ESCAPE '\\' OR content LIKE " + place + " ESCAPE '\\'";
+        const std::string like = " LIKE ?" + std::to_string(condition.texts.size() + 1) + " ESCAPE '\\'";
+        alternatives += " OR title";
+        alternatives += like;
+        alternatives += " OR content";
+        alternatives += like;
         condition.texts.push_back(containing(text));
     }
     condition.sql += " AND (" + alternatives + ")";

@@ -58,7 +58,8 @@ sockaddr_in loopback(int port)
 
 bool wouldBlock()
 {
-    return errno == EAGAIN || errno == EWOULDBLOCK;
+    static_assert(EAGAIN == EWOULDBLOCK);
+    return errno == EAGAIN;
 }
 
 /// A JSON object of `bytes` bytes in all.
@@ -331,7 +332,8 @@ void Relay::takeRequests(Connection &connection)
 bool Relay::takeRequest(Connection &connection)
 {
     const std::size_t headEnd = connection.incoming.find("\r\n\r\n");
-    if (headEnd == std::string::npos || headEnd > largestHead) {
+    static_assert(std::string::npos > largestHead);
+    if (headEnd > largestHead) {
         if (connection.incoming.size() > largestHead)
             refuse(connection, 431, "请求头过大");
         return false;

@@ -38,6 +38,7 @@ private:
     static void inThreads(int count, const std::function<void(int)> &work)
     {
         std::vector<std::thread> threads;
+        threads.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i)
             threads.emplace_back(work, i);
         for (std::thread &thread : threads)
@@ -151,13 +152,13 @@ void ServiceConcurrencyTest::theDeviceLimitHolds()
 
 void ServiceConcurrencyTest::manyIdleConnectionsKeepNobodyOut()
 {
-    std::vector<std::unique_ptr<QTcpSocket>> idle;
-    for (int i = 0; i < 100; ++i) {
-        idle.push_back(std::make_unique<QTcpSocket>());
-        idle.back()->connectToHost(QStringLiteral("127.0.0.1"), m_service->port());
-        QVERIFY(idle.back()->waitForConnected());
-        idle.back()->write("GET /newsapi/health HTTP/1.1\r\n\r\n");
-        QVERIFY(idle.back()->waitForReadyRead(10000));
+    std::vector<std::unique_ptr<QTcpSocket>> idle(100);
+    for (auto &socket : idle) {
+        socket = std::make_unique<QTcpSocket>();
+        socket->connectToHost(QStringLiteral("127.0.0.1"), m_service->port());
+        QVERIFY(socket->waitForConnected());
+        socket->write("GET /newsapi/health HTTP/1.1\r\n\r\n");
+        QVERIFY(socket->waitForReadyRead(10000));
     }
     QElapsedTimer timer;
     timer.start();

@@ -121,10 +121,10 @@ void ServiceDatabaseTest::readersDoNotWaitForTheWriter()
 void ServiceDatabaseTest::numbersOfManyThreadsAreAllDifferent()
 {
     Database database(file());
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 25; ++j)
+    std::vector<std::thread> threads(8);
+    for (std::thread &thread : threads) {
+        thread = std::thread([&] {
+            for (int i = 0; i < 25; ++i)
                 database.nextNumber("n");
         });
     }

@@ -335,9 +335,9 @@ void ServiceFaultsTest::aFaultThatSpoilsTheAnswerDoes()
 void ServiceFaultsTest::otherConnectionsGoOnMeanwhile()
 {
     fault("drop", R"({"count":20})");
-    std::vector<std::unique_ptr<QTcpSocket>> silent;
-    for (int i = 0; i < 20; ++i)
-        silent.push_back(connected());
+    std::vector<std::unique_ptr<QTcpSocket>> silent(20);
+    for (auto &socket : silent)
+        socket = connected();
     QTRY_COMPARE(numberAt(m_service->statistics(), "faults.drop"), 20);
     QCOMPARE(m_service->request("GET", "/newsapi/health").status, 200);
 }

@@ -196,7 +196,8 @@ void ServiceFeedTest::oddItemsComeOnlyWhenAskedFor()
         if (!service.start())
             return -1;
         int odd = 0;
-        for (const QJsonValue &item : news(service, "limit=500"))
+        const QJsonArray items = news(service, "limit=500");
+        for (const QJsonValue &item : items)
             odd += textAt(item.toObject(), "publish_time").size() == 19 &&
                            !textAt(item.toObject(), "title").isEmpty()
                        ? 0
