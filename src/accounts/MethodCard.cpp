@@ -2,8 +2,8 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QVariant>
 #include <QVBoxLayout>
+#include <QVariant>
 
 MethodCard::MethodCard(const QString &icon, const QString &title, const QString &description, QWidget *parent)
     : QRadioButton(parent)
