@@ -14,12 +14,19 @@
 #include <QUrl>
 #include <QUrlQuery>
 
+#include <chrono>
 #include <exception>
 
 namespace {
 
 constexpr int firstFailureStatus = 400;
 constexpr int searchLimit = 100;
+constexpr qint64 timeLimitsOfAnOvertakenRequest = 6;
+
+QString timedOutText()
+{
+    return QStringLiteral("请求超时");
+}
 
 using QueryItems = QList<QPair<QString, QString>>;
 
@@ -387,6 +394,7 @@ void ApiClient::sendRequest(const QString &path, const QString &method, const QJ
         }
     }
 
+    QNetworkReply *const previous = m_currentReply;
     if (method == QLatin1String("GET"))
         m_currentReply = m_networkManager->get(request);
     else if (method == QLatin1String("POST"))
@@ -402,6 +410,10 @@ void ApiClient::sendRequest(const QString &path, const QString &method, const QJ
         emit networkError(QStringLiteral("无法创建网络请求"));
         return;
     }
+    if (m_currentReply != previous) {
+        giveUpLater(previous);
+        m_currentGiveUpTime.setRemainingTime(timeLimitsOfAnOvertakenRequest * m_timeoutMs);
+    }
     connect(m_currentReply, &QNetworkReply::finished, this, &ApiClient::handleNetworkReply,
             Qt::UniqueConnection);
     connect(m_currentReply, &QNetworkReply::errorOccurred, this, &ApiClient::handleNetworkError,
@@ -409,7 +421,27 @@ void ApiClient::sendRequest(const QString &path, const QString &method, const QJ
     m_timeoutTimer->start(m_timeoutMs);
 }
 
+void ApiClient::giveUpLater(QNetworkReply *overtaken)
+{
+    if (!overtaken)
+        return;
+    const std::chrono::milliseconds left(m_currentGiveUpTime.remainingTime());
+    QTimer::singleShot(left, overtaken, [this, overtaken] { giveUp(overtaken); });
+}
+
 // Settling
+
+void ApiClient::giveUp(QNetworkReply *overtaken)
+{
+    if (overtaken->isFinished())
+        return;
+    qWarning("Giving up an overtaken request that got no answer: %s",
+             qUtf8Printable(overtaken->url().toString(QUrl::RemoveQuery)));
+    overtaken->disconnect(this); // it must neither count as a failure nor stop the newer request's timer
+    overtaken->abort();
+    overtaken->deleteLater();
+    emit networkError(timedOutText());
+}
 
 void ApiClient::handleTimeout()
 {
@@ -419,7 +451,7 @@ void ApiClient::handleTimeout()
     reply->abort(); // runs handleNetworkError at once, which counts the failure
     reply->deleteLater();
     m_currentReply = nullptr;
-    emit networkError(QStringLiteral("请求超时"));
+    emit networkError(timedOutText());
 }
 
 void ApiClient::handleNetworkError(QNetworkReply::NetworkError error)

@@ -3,6 +3,7 @@
 #include "newsclient/NewsRecords.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QJsonObject>
 #include <QList>
 #include <QNetworkReply>
@@ -20,6 +21,11 @@ struct ReplyFailure;
 /// There is one timer and one tracked reply, on purpose. A new request does not cancel the one before it: the
 /// older reply is then read under the tag of the newer request, and only the newer one is subject to the time
 /// limit. Callers space their requests accordingly.
+///
+/// Beside that rule stands a safety net, for a service that accepts requests and never answers: a request
+/// that was overtaken by a newer one and still has no end six time limits after it was sent is given up, so
+/// that it does not hold one of the few connections for good. It ends as networkError("请求超时"), once, and
+/// does not count as one of the consecutive failures. A reply that arrives before that is read as told above.
 ///
 /// Results and failures come as signals only. All calls belong to the thread of the client.
 class ApiClient final : public QObject
@@ -173,6 +179,8 @@ private:
                         const QJsonObject &body = {});
     void sendRequest(const QString &path, const QString &method, const QJsonObject &body);
     void sendPendingRequest();
+    void giveUpLater(QNetworkReply *overtaken);
+    void giveUp(QNetworkReply *overtaken);
 
     void report(const ReplyFailure &failure);
     void routeReply(const QNetworkReply &reply, const QJsonObject &object);
@@ -193,6 +201,7 @@ private:
     int m_timeoutMs = 10000;
     QTimer *m_timeoutTimer;
     QPointer<QNetworkReply> m_currentReply; ///< the reply last started and not yet settled
+    QDeadlineTimer m_currentGiveUpTime;     ///< when that reply is given up, should it be overtaken
     QString m_currentEndpoint;              ///< tag of the operation last started; the router keys on it
     int m_consecutiveFailures = 0;
     bool m_reauthenticating = false;

@@ -4,6 +4,7 @@
 #include "support/IsolatedHome.h"
 #include "support/RawHttpServer.h"
 #include "support/WaitUntil.h"
+#include "support/WarningLog.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -58,6 +59,10 @@ private slots:
     void aTimeOutEndsOnlyTheNewestRequest();
     void aNewRequestStartsTheLimitAnew();
     void aTimerWithoutARequestDoesNothing();
+
+    void overtakenRequestsWithoutAnEndAreGivenUp();
+    void anOvertakenRequestIsGivenUpWhileTheNewerOnesGoOn();
+    void anOvertakenReplyThatArrivesInTimeIsReadAndNotGivenUp();
 
 private:
     static void timeOut(ApiClient &client, RawHttpServer &server, const NewsSignalLog &seen);
@@ -426,6 +431,82 @@ void TestApiClientFailures::aTimerWithoutARequestDoesNothing()
         QMetaObject::invokeMethod(&client, "handleNetworkError", Qt::DirectConnection,
                                   Q_ARG(QNetworkReply::NetworkError, QNetworkReply::ConnectionRefusedError)));
     QCOMPARE(seen.log.lines(), QStringList());
+}
+
+void TestApiClientFailures::overtakenRequestsWithoutAnEndAreGivenUp()
+{
+    constexpr int connections = 6; // connections to one host at a time
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::hang());
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.setTimeout(shortLimitMs);
+    NewsSignalLog seen(client);
+    WarningLog warnings;
+    for (int number = 0; number <= connections; ++number)
+        client.getNews(1, 200, QString());
+    QVERIFY(seen.log.waitFor(connections + 1));
+    QVERIFY(ApiClientPeer::settles(client));
+    QStringList expected;
+    for (int number = 0; number <= connections; ++number)
+        expected.append(text("networkError(请求超时)"));
+    QCOMPARE(seen.log.lines(), expected);
+    QCOMPARE(server.requests().size(), connections);
+    QCOMPARE(ApiClientPeer::consecutiveFailures(client), 1); // the newest alone
+    QCOMPARE(warnings.take().filter(text("Giving up an overtaken request")).size(), connections);
+
+    seen.log.clear();
+    server.setAnswer(RawAnswer::body(R"({"status": "ok", "version": "3.1"})"));
+    client.setTimeout(ampleLimitMs);
+    client.healthCheck();
+    QVERIFY(seen.log.waitFor(1));
+    QCOMPARE(seen.log.lines(), QStringList(text("healthCheckResult(true, 3.1)")));
+}
+
+void TestApiClientFailures::anOvertakenRequestIsGivenUpWhileTheNewerOnesGoOn()
+{
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::hang());
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.setTimeout(shortLimitMs);
+    NewsSignalLog seen(client);
+    client.getNews(1, 200, QString());
+    client.setTimeout(ampleLimitMs);
+    client.healthCheck();
+    QVERIFY(seen.log.waitFor(1));
+    QCOMPARE(seen.log.lines(), QStringList(text("networkError(请求超时)")));
+    QCOMPARE(ApiClientPeer::consecutiveFailures(client), 0);
+    // The newer one is still tracked and under its own limit.
+    QVERIFY(ApiClientPeer::hasCurrentReply(client));
+    QVERIFY(ApiClientPeer::timeoutTimer(client).isActive());
+}
+
+void TestApiClientFailures::anOvertakenReplyThatArrivesInTimeIsReadAndNotGivenUp()
+{
+    RawHttpServer server;
+    server.queueAnswer(RawAnswer::hold());
+    server.queueAnswer(RawAnswer::hang());
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.setTimeout(300);
+    NewsSignalLog seen(client);
+    client.getNews(1, 200, QString());
+    QVERIFY(server.waitForRequests(1));
+    client.getNews(1, 200, QString());
+    QVERIFY(server.waitForRequests(2));
+    client.setTimeout(ampleLimitMs);
+    server.queueAnswer(RawAnswer::body(R"({"status": "ok", "version": "3.1"})"));
+    client.healthCheck();
+    QVERIFY(seen.log.waitFor(1));
+    QVERIFY(server.release(0, RawAnswer::body(R"({"status": "ok", "version": "3.0"})")));
+    QVERIFY(seen.log.waitFor(2));
+    // The end of the second request is later than the end that the first one would have had.
+    QVERIFY(seen.log.waitFor(3));
+    QVERIFY(ApiClientPeer::settles(client));
+    QCOMPARE(seen.log.lines(),
+             QStringList({text("healthCheckResult(true, 3.1)"), text("healthCheckResult(true, 3.0)"),
+                          text("networkError(请求超时)")}));
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(TestApiClientFailures)
