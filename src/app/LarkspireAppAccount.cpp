@@ -83,7 +83,7 @@ bool LarkspireApp::passCredentialsToClient()
     if (user.apiKey.isEmpty())
         return false;
     m_apiClient->setApiKey(user.apiKey);
-    m_apiClient->setSessionToken(user.sessionToken);
+    m_apiClient->setSessionToken(ConfigManager::instance()->getSessionToken()); // replies roll it
     m_config.apiKey = user.apiKey;
     ConfigManager::instance()->setApiKey(user.apiKey);
     return true;

@@ -42,6 +42,7 @@ private slots:
 
     void successfulLoginShowsTheWindowAndStartsTheCycle();
     void keyOfTheLoginIsStoredAndUsed();
+    void tokenRolledByAReplyOutlivesTheNextValidation();
     void withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond();
     void promptIsSilentOnceSomebodyIsLoggedIn();
     void restoredSessionLeavesTheWindowHidden();
@@ -122,6 +123,28 @@ void TestLarkspireAppAccount::keyOfTheLoginIsStoredAndUsed()
     QCOMPARE(second.header("X-API-Key"), QByteArray("key-of-the-service"));
     QCOMPARE(second.header("X-Device-ID").size(), 32);
     QCOMPARE(second.header("X-App-Version"), QByteArray("2.0.1"));
+}
+
+void TestLarkspireAppAccount::tokenRolledByAReplyOutlivesTheNextValidation()
+{
+    storeApiKey(m_service->url());
+    m_service->newsFails = true; // with an answer of the test's own
+    m_service->newsFailure =
+        RawAnswer::json({{QStringLiteral("session_token"), QStringLiteral("rolled-token")}});
+    LarkspireApp window;
+    QTRY_VERIFY(window.isVisible());
+    auto *client = window.findChild<ApiClient *>();
+    client->getNews(1, 200, QString());
+    QTRY_COMPARE(ConfigManager::instance()->getSessionToken(), QStringLiteral("rolled-token"));
+
+    auto *auth = window.findChild<AuthManager *>();
+    QSignalSpy status(auth, &AuthManager::authStatusChanged);
+    QVERIFY(auth->validateSession());
+    QVERIFY(status.wait());
+    QCOMPARE(status.first().first().value<AuthStatus>(), Authenticated);
+    client->healthCheck();
+    QTRY_COMPARE(m_service->requestCount("newsapi/health"), 1);
+    QCOMPARE(m_service->server().requests().last().header("X-Session-Token"), QByteArray("rolled-token"));
 }
 
 void TestLarkspireAppAccount::withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond()
