@@ -5,12 +5,12 @@
 main_window() { xdotool search --onlyvisible --name '^云雀资讯$' 2>/dev/null | head -n 1; }
 main_window_visible() { [ -n "$(main_window)" ]; }
 
-# How many different colours the news table's part of the window shows: an empty table has a handful, text has
-# hundreds because its edges are smoothed.
-colours_below_details() {
-    import -silent -window "$(main_window)" -crop 100%x40%+0+340 +repage -format '%k' info: 2>/dev/null || echo 0
+# How many different colours the news table's column of times shows: without news there is nothing in it, and smoothed
+# digits have dozens.
+colours_of_times() {
+    import -silent -window "$(main_window)" -crop 50x400+12+360 +repage -format '%k' info: 2>/dev/null || echo 0
 }
-news_on_screen() { [ "$(colours_below_details)" -gt 100 ]; }
+news_on_screen() { [ "$(colours_of_times)" -gt 40 ]; }
 # The popup is the desktop's only window that is 640 wide.
 popup() {
     local window
