@@ -4,7 +4,9 @@
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
 #include "support/BoxAnswer.h"
+#include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
+#include "support/WindowInput.h"
 #include "support/speechplugin/SpeechStage.h"
 
 #include <QAction>
@@ -29,6 +31,7 @@ private slots:
     void exitQuitsAtOnce();
     void topMostWorksWithoutTheTraysEntry();
     void messagesAreSkippedAndLabelsSet();
+    void aCancelledLoginStaysWithinReachOfASecondStart();
 };
 
 void TestLarkspireAppNoTray::initTestCase()
@@ -111,6 +114,25 @@ void TestLarkspireAppNoTray::messagesAreSkippedAndLabelsSet()
     emit window.findChild<ApiClient *>()->deviceRemoved(QStringLiteral("旧电脑"));
     QCOMPARE(window.findChild<QLabel *>(QStringLiteral("statusLabel"))->text(), QStringLiteral("设备已移除"));
     QVERIFY(trayMessage().isEmpty());
+}
+
+void TestLarkspireAppNoTray::aCancelledLoginStaysWithinReachOfASecondStart()
+{
+    clearSettings();
+    LarkspireApp window;
+    const QString title = QStringLiteral("选择登录方式");
+    const auto cancel = [](QDialog &dialog) { WindowInput::press(&dialog, Qt::Key_Escape); };
+    const DialogVisit prompt(title, cancel);
+    QTRY_VERIFY(prompt.ended());
+    QVERIFY(!window.isVisible());
+    // What the program does when it is started once more.
+    window.showAndActivateWindow();
+    QTRY_VERIFY(window.isActiveWindow());
+    auto *login = window.findChild<QAction *>(QStringLiteral("actionLogin"));
+    QVERIFY(login->isVisible());
+    const DialogVisit again(title, cancel);
+    login->trigger();
+    QVERIFY(again.ended());
 }
 
 int main(int argc, char *argv[])

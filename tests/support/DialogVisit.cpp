@@ -12,14 +12,23 @@ DialogVisit::DialogVisit(const QString &windowTitle, const std::function<void(QD
 
 void DialogVisit::look()
 {
+    constexpr qint64 patienceMs = 10000;
     const QPointer<QDialog> dialog = openDialog(m_windowTitle);
-    if (!dialog || !dialog->isActiveWindow())
+    if (!dialog)
+        return;
+    if (!m_sinceSeen.isValid())
+        m_sinceSeen.start();
+    m_begun = dialog->isActiveWindow();
+    if (!m_begun && m_sinceSeen.elapsed() < patienceMs)
         return;
     m_watch.stop();
-    m_begun = true;
-    m_visit(*dialog);
-    m_ended = !dialog || !dialog->isVisible();
-    if (!m_ended)
+    if (m_begun)
+        m_visit(*dialog);
+    else
+        qWarning("The dialog %s did not get the focus", qUtf8Printable(m_windowTitle));
+    const bool closed = !dialog || !dialog->isVisible();
+    m_ended = m_begun && closed;
+    if (!closed)
         dialog->reject();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -31,6 +32,7 @@ private:
     QString m_windowTitle;
     std::function<void(QDialog &)> m_visit;
     QTimer m_watch;
+    QElapsedTimer m_sinceSeen;
     bool m_begun = false;
     bool m_ended = false;
 };
