@@ -21,11 +21,11 @@ void SpeechManager::initialize()
         m_tts->setPitch(0.0);
         m_tts->setVolume(1.0);
         connect(m_tts, &QTextToSpeech::stateChanged, this, &SpeechManager::onStateChanged);
-        reportWhatIsMissing();
     } catch (...) {
         qWarning() << "Exception occurred while initializing QTextToSpeech";
         m_tts = nullptr;
     }
+    reportWhatIsMissing();
 }
 
 void SpeechManager::speak(const QString &text)
@@ -122,6 +122,16 @@ void SpeechManager::reportWhatIsMissing()
 {
     if (!m_tts)
         return;
+    // An engine that cannot tell what it has may speak all the same.
+    try {
+        reportMissingEngineOrVoice();
+    } catch (...) {
+        qWarning() << "The speech engine does not say which voices it has";
+    }
+}
+
+void SpeechManager::reportMissingEngineOrVoice()
+{
     if (m_tts->state() == QTextToSpeech::BackendError) {
         if (!std::exchange(m_missingEngineReported, true))
             qWarning() << "No speech engine is available: news will not be read aloud";

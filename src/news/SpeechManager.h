@@ -61,6 +61,7 @@ private:
     void enqueue(const QString &text, int expirySeconds);
     void processQueue();
     void reportWhatIsMissing();
+    void reportMissingEngineOrVoice();
 
     Clock m_clock;
     bool m_enabled = true;

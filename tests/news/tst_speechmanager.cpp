@@ -327,6 +327,17 @@ private slots:
         QCOMPARE(m_stage.said(), texts({"正在读", "插播"}));
     }
 
+    void anEngineThatThrowsWhenAskedForItsVoicesSpeaksAllTheSame()
+    {
+        m_stage.languagesThrow = true;
+        const LogCapture log;
+        m_manager->initialize();
+        QCOMPARE(log.lines(),
+                 QStringList{QStringLiteral("The speech engine does not say which voices it has")});
+        m_manager->speak(QStringLiteral("一"), 45);
+        QCOMPARE(m_stage.said(), texts({"一"}));
+    }
+
     void anExceptionOfAnEngineLeavesTheManagerSilent()
     {
         StagedSpeechEngine *first = m_stage.engine();

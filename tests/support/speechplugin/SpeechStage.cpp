@@ -29,6 +29,7 @@ void SpeechStage::reset()
     firstState = fresh.firstState;
     locales = fresh.locales;
     locale = fresh.locale;
+    languagesThrow = fresh.languagesThrow;
     speaksAtOnce = fresh.speaksAtOnce;
     m_said.clear();
     m_stopCount = 0;

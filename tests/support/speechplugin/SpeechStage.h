@@ -42,6 +42,8 @@ public:
     /// Languages that engines offer, and the one that is theirs at first.
     QVector<QLocale> locales{QLocale(QLocale::Chinese, QLocale::China), QLocale(QLocale::English)};
     QLocale locale{QLocale::Chinese, QLocale::China};
+    /// Whether engines throw an exception instead of telling their languages.
+    bool languagesThrow = false;
     /// Whether an engine speaks as soon as it is told to. False: it stays as it was until the test calls
     /// StagedSpeechEngine::enter(), like an engine that works in another process.
     bool speaksAtOnce = true;

@@ -2,6 +2,8 @@
 
 #include "support/speechplugin/SpeechStage.h"
 
+#include <stdexcept>
+
 StagedSpeechEngine::StagedSpeechEngine(QObject *parent)
     : QTextToSpeechEngine(parent)
     , m_state(SpeechStage::instance().firstState)
@@ -25,6 +27,8 @@ void StagedSpeechEngine::enter(QTextToSpeech::State state)
 
 QVector<QLocale> StagedSpeechEngine::availableLocales() const
 {
+    if (SpeechStage::instance().languagesThrow)
+        throw std::runtime_error("the staged engine does not tell its languages");
     return SpeechStage::instance().locales;
 }
 
