@@ -5,6 +5,7 @@
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
@@ -14,6 +15,7 @@
 #include <QScreen>
 #include <QStyle>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <QWindow>
 
 #include <algorithm>
@@ -91,6 +93,14 @@ private slots:
         QCOMPARE(m_close->text(), QStringLiteral("×"));
         QCOMPARE(m_close->size(), QSize(20, 20));
         QCOMPARE(m_close->cursor().shape(), Qt::PointingHandCursor);
+        QCOMPARE(
+            m_close->styleSheet(),
+            QStringLiteral("QPushButton {   border: none;   background: transparent;   color: #666666;"
+                           "   font-size: 18px;   font-weight: bold;}QPushButton:hover {   color: #333333;"
+                           "   background: #E0E0E0;   border-radius: 3px;}"));
+        QCOMPARE(m_message->alignment(), Qt::AlignLeft | Qt::AlignTop);
+        QCOMPARE(m_message->contentsMargins(), QMargins());
+        QCOMPARE(m_message->margin(), 0);
         QCOMPARE(m_message->textFormat(), Qt::PlainText);
         QCOMPARE(m_message->font().pointSize(), 13);
         QCOMPARE(m_message->styleSheet(), QStringLiteral("color: #000000; padding: 0px;"));
@@ -101,6 +111,33 @@ private slots:
         QCOMPARE(m_fade->startValue().toDouble(), 1.0);
         QCOMPARE(m_fade->endValue().toDouble(), 0.0);
         QCOMPARE(m_fade->propertyName(), QByteArrayLiteral("windowOpacity"));
+    }
+
+    void theWidgetsLieInTheirOrder()
+    {
+        const auto *card = qobject_cast<QVBoxLayout *>(m_card->layout());
+        QVERIFY(card);
+        QCOMPARE(card->contentsMargins(), QMargins(15, 6, 15, 6));
+        QCOMPARE(card->spacing(), 3);
+        QCOMPARE(card->count(), 2);
+        QCOMPARE(card->itemAt(1)->widget(), m_message);
+
+        const auto *row = qobject_cast<QHBoxLayout *>(card->itemAt(0)->layout());
+        QVERIFY(row);
+        QCOMPARE(row->contentsMargins(), QMargins(0, 0, 0, 0));
+        QCOMPARE(row->spacing(), 16);
+        QCOMPARE(row->count(), 4);
+        QCOMPARE(row->itemAt(0)->widget(), m_icon);
+        QCOMPARE(row->itemAt(1)->widget(), m_title);
+        QVERIFY(row->itemAt(2)->spacerItem());
+        QVERIFY(row->itemAt(2)->expandingDirections().testFlag(Qt::Horizontal));
+        QCOMPARE(row->itemAt(3)->widget(), m_close);
+    }
+
+    void theCardBeginsUnderTheProgramsName()
+    {
+        QCOMPARE(m_title->text(), QStringLiteral("Larkspire"));
+        QCOMPARE(m_message->text(), QString());
     }
 
     void anEmptyTitleShowsTheProgramsName_data()
