@@ -35,7 +35,7 @@ public:
     static QString sessionToken(const ApiClient &client) { return client.m_sessionToken; }
     static bool hasCurrentReply(const ApiClient &client) { return !client.m_currentReply.isNull(); }
     static int consecutiveFailures(const ApiClient &client) { return client.m_consecutiveFailures; }
-    static int timeoutMs(const ApiClient &client) { return client.m_timeoutMs; }
+    static const QNetworkReply *currentReply(const ApiClient &client) { return client.m_currentReply; }
     static const QTimer &timeoutTimer(const ApiClient &client) { return *client.m_timeoutTimer; }
     /// Runs the event loop until every reply has been deleted; false when some are left after ten seconds.
     static bool settles(const ApiClient &client)

@@ -2,9 +2,9 @@
 #include "newsclient/ApiClientPeer.h"
 #include "newsclient/NewsSignalLog.h"
 #include "support/IsolatedHome.h"
+#include "support/LogCapture.h"
 #include "support/RawHttpServer.h"
 #include "support/WaitUntil.h"
-#include "support/WarningLog.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -58,6 +58,7 @@ private slots:
     void failuresOtherThanTimeOutsNeitherAddNorReset();
     void aTimeOutEndsOnlyTheNewestRequest();
     void aNewRequestStartsTheLimitAnew();
+    void theLimitIsTenSecondsUntilItIsSet();
     void aTimerWithoutARequestDoesNothing();
 
     void overtakenRequestsWithoutAnEndAreGivenUp();
@@ -421,6 +422,17 @@ void TestApiClientFailures::aNewRequestStartsTheLimitAnew()
     QCOMPARE(timer.interval(), ampleLimitMs);
 }
 
+void TestApiClientFailures::theLimitIsTenSecondsUntilItIsSet()
+{
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::hold());
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.healthCheck();
+    QVERIFY(ApiClientPeer::timeoutTimer(client).isActive());
+    QCOMPARE(ApiClientPeer::timeoutTimer(client).interval(), 10000);
+}
+
 void TestApiClientFailures::aTimerWithoutARequestDoesNothing()
 {
     ApiClient client;
@@ -442,7 +454,7 @@ void TestApiClientFailures::overtakenRequestsWithoutAnEndAreGivenUp()
     client.setBaseUrl(server.url());
     client.setTimeout(shortLimitMs);
     NewsSignalLog seen(client);
-    WarningLog warnings;
+    const LogCapture log;
     for (int number = 0; number <= connections; ++number)
         client.getNews(1, 200, QString());
     QVERIFY(seen.log.waitFor(connections + 1));
@@ -453,7 +465,7 @@ void TestApiClientFailures::overtakenRequestsWithoutAnEndAreGivenUp()
     QCOMPARE(seen.log.lines(), expected);
     QCOMPARE(server.requests().size(), connections);
     QCOMPARE(ApiClientPeer::consecutiveFailures(client), 1); // the newest alone
-    QCOMPARE(warnings.take().filter(text("Giving up an overtaken request")).size(), connections);
+    QCOMPARE(log.count(text("Giving up an overtaken request")), connections);
 
     seen.log.clear();
     server.setAnswer(RawAnswer::body(R"({"status": "ok", "version": "3.1"})"));

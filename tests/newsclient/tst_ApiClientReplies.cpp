@@ -6,6 +6,7 @@
 #include "support/RawHttpServer.h"
 
 #include <QCoreApplication>
+#include <QFile>
 
 #include <functional>
 #include <stdexcept>
@@ -45,10 +46,12 @@ private slots:
 
     void aRolledTokenIsStoredWithoutASignal_data();
     void aRolledTokenIsStoredWithoutASignal();
+    void aRolledTokenReachesTheFileInTheSettingsOwnTime();
     void aTokenEqualToTheCurrentOnePersistsNothing();
     void aRolledTokenIdentifiesTheNextRequest();
     void aLoginTakesOverKeyTokenAndDevice_data();
     void aLoginTakesOverKeyTokenAndDevice();
+    void theTokenOfALoginIsNotStored();
     void aLoginWithoutTokenIdentifiesByTheNewKeyAndDevice();
     void aLoginByCodeTakesOverTheToken_data();
     void aLoginByCodeTakesOverTheToken();
@@ -373,6 +376,30 @@ void TestApiClientReplies::aRolledTokenIsStoredWithoutASignal()
     QCOMPARE(seen.log.names(), QStringList(text("userInfoReceived")));
 }
 
+void TestApiClientReplies::aRolledTokenReachesTheFileInTheSettingsOwnTime()
+{
+    const auto fileHoldsTheToken = [] {
+        QFile file(settingsFilePath());
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("rolled-token");
+    };
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::body(R"({"session_token": "rolled-token"})"));
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.getUserInfo();
+    QString storedAtOnce;
+    bool writtenAtOnce = true;
+    // Comes right after the client's own handler, before the event loop turns again.
+    connect(ApiClientPeer::currentReply(client), &QNetworkReply::finished, this, [&] {
+        storedAtOnce = ConfigManager::instance()->getSessionToken();
+        writtenAtOnce = fileHoldsTheToken();
+    });
+    QVERIFY(ApiClientPeer::settles(client));
+    QCOMPARE(storedAtOnce, text("rolled-token"));
+    QVERIFY(!writtenAtOnce);
+    QTRY_VERIFY(fileHoldsTheToken());
+}
+
 void TestApiClientReplies::aTokenEqualToTheCurrentOnePersistsNothing()
 {
     ConfigManager::instance()->setSessionToken(text("stored by others"));
@@ -442,6 +469,20 @@ void TestApiClientReplies::aLoginTakesOverKeyTokenAndDevice()
     QVERIFY(ApiClientPeer::settles(client));
     QCOMPARE(seen.log.lines(), lines);
     QCOMPARE(ApiClientPeer::sessionToken(client), token);
+}
+
+void TestApiClientReplies::theTokenOfALoginIsNotStored()
+{
+    ConfigManager::instance()->setSessionToken(text("stored by others"));
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::body(R"({"success": true, "data": {"session_token": "t-2"}})"));
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    client.loginUser(text("li"), text("secret"));
+    QVERIFY(ApiClientPeer::settles(client));
+    QCOMPARE(ApiClientPeer::sessionToken(client), text("t-2"));
+    // Meant: the login only tells it, and the scan of the reply finds nothing new by then.
+    QCOMPARE(ConfigManager::instance()->getSessionToken(), text("stored by others"));
 }
 
 void TestApiClientReplies::aLoginWithoutTokenIdentifiesByTheNewKeyAndDevice()
