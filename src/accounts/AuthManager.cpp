@@ -1,6 +1,7 @@
 #include "accounts/AuthManager.h"
 
 #include "accounts/DeviceIdentity.h"
+#include "accounts/LoginRetryRules.h"
 #include "settings/ConfigManager.h"
 
 #include <QHash>
@@ -81,16 +82,6 @@ QString failureTextOf(QNetworkReply &reply)
 {
     const QString own = errorOrMessageOf(QJsonDocument::fromJson(reply.readAll()).object());
     return firstNonEmpty(own, QStringLiteral("网络错误: %1").arg(reply.errorString()));
-}
-
-bool readsAsNetworkFailure(const QString &text)
-{
-    for (const QString &word : {QStringLiteral("网络"), QStringLiteral("network"),
-                                QStringLiteral("connection"), QStringLiteral("timeout")}) {
-        if (text.contains(word, Qt::CaseInsensitive))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -219,7 +210,7 @@ AuthManager::Attempts AuthManager::attempt(const std::function<bool()> &operatio
         if (operation())
             return Attempts::Issued;
         QThread::msleep(pauseAfterFailureMs);
-        if (!readsAsNetworkFailure(m_lastError))
+        if (!LoginRetryRules::isNetworkFailure(m_lastError))
             return Attempts::Failed;
     }
     return Attempts::NetworkFailed;

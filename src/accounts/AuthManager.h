@@ -100,7 +100,7 @@ private slots:
     void onNetworkError(QNetworkReply::NetworkError error);
 
 private:
-    friend class AuthManagerPeer; // the tests send what no operation sends
+    friend class AuthManagerPeer; // the tests send what no operation sends, and see the status
 
     using Headers = QList<QPair<QByteArray, QString>>;
     using ReplySlot = void (AuthManager::*)();

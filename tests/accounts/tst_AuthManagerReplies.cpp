@@ -1,4 +1,5 @@
 #include "accounts/AuthFixture.h"
+#include "accounts/AuthManagerPeer.h"
 #include "accounts/DeviceIdentity.h"
 #include "support/IsolatedHome.h"
 
@@ -64,6 +65,8 @@ private slots:
     void aRefusedDeviceKeyIsTold();
 
     void aRegistrationFillsUserAndCredentialsButLogsNobodyIn();
+    void aRegistrationLeavesTheStatusAsItIs_data();
+    void aRegistrationLeavesTheStatusAsItIs();
     void codesAndResetsPassTheServicesWordsOn_data();
     void codesAndResetsPassTheServicesWordsOn();
 
@@ -493,6 +496,7 @@ void TestAuthManagerReplies::aRegistrationFillsUserAndCredentialsButLogsNobodyIn
     QVERIFY(auth.settles());
     QCOMPARE(auth.lines(), QStringList(text("registrationFinished(true, 注册成功，请登录)")));
     QVERIFY(!auth.manager().isAuthenticated());
+    QCOMPARE(AuthManagerPeer::status(auth.manager()), NotAuthenticated);
     const AuthUserInfo user = auth.manager().currentUser();
     QCOMPARE(user.userId, 21);
     QCOMPARE(user.username, text("li"));
@@ -514,6 +518,39 @@ void TestAuthManagerReplies::aRegistrationFillsUserAndCredentialsButLogsNobodyIn
     QVERIFY(auth.settles());
     QCOMPARE(auth.lines(), QStringList(text("registrationFinished(false, 名字已存在)")));
     QCOMPARE(auth.manager().currentUser().userId, 21);
+}
+
+void TestAuthManagerReplies::aRegistrationLeavesTheStatusAsItIs_data()
+{
+    QTest::addColumn<bool>("expired");
+    QTest::addColumn<AuthStatus>("status");
+    QTest::newRow("logged in") << false << Authenticated;
+    QTest::newRow("with an expired session") << true << SessionExpired;
+}
+
+void TestAuthManagerReplies::aRegistrationLeavesTheStatusAsItIs()
+{
+    QFETCH(bool, expired);
+    QFETCH(AuthStatus, status);
+    AuthFixture auth;
+    auth.server.queueAnswer(RawAnswer::body(fullLogin));
+    auth.start();
+    QVERIFY(auth.manager().login(text("li"), text("secret"), QString(), QString()));
+    QVERIFY(auth.settles());
+    if (expired) {
+        auth.server.queueAnswer(RawAnswer::body(R"({"success": false})"));
+        QVERIFY(auth.manager().validateSession());
+        QVERIFY(auth.settles());
+    }
+    auth.log().clear();
+    auth.server.setAnswer(RawAnswer::body(R"({"success": true, "data": {"user_id": 21, "username": "wang",
+        "email": "wang@larkspire.example", "api_key": "k-3"}})"));
+    QVERIFY(auth.manager().registerUser(text("wang"), text("wang@larkspire.example"), text("x"), text("1")));
+    QVERIFY(auth.settles());
+    QCOMPARE(auth.lines(), QStringList(text("registrationFinished(true, 注册成功，请登录)")));
+    QCOMPARE(AuthManagerPeer::status(auth.manager()), status);
+    QCOMPARE(auth.manager().isAuthenticated(), !expired);
+    QVERIFY(auth.sessionTimer().isActive());
 }
 
 void TestAuthManagerReplies::codesAndResetsPassTheServicesWordsOn_data()
@@ -609,6 +646,7 @@ void TestAuthManagerReplies::aRefusedValidationExpiresTheSession()
     QVERIFY(auth.settles());
     QCOMPARE(auth.lines(), QStringList(text("sessionExpired()")));
     QVERIFY(!auth.manager().isAuthenticated());
+    QCOMPARE(AuthManagerPeer::status(auth.manager()), SessionExpired);
     QVERIFY(auth.sessionTimer().isActive());
     QCOMPARE(auth.manager().credentials().sessionToken, text("t-2"));
 }
@@ -706,6 +744,7 @@ void TestAuthManagerReplies::logoutForgetsTheLoginButKeepsKeyAndNames()
     auth.manager().logout();
     QCOMPARE(auth.lines(), QStringList(text("authStatusChanged(0)")));
     QVERIFY(!auth.manager().isAuthenticated());
+    QCOMPARE(AuthManagerPeer::status(auth.manager()), NotAuthenticated);
     QVERIFY(!auth.manager().isSessionValid());
     QVERIFY(!auth.sessionTimer().isActive());
     const AuthUserInfo user = auth.manager().currentUser();

@@ -1,4 +1,5 @@
 #include "accounts/AuthFixture.h"
+#include "accounts/AuthManagerPeer.h"
 #include "accounts/DeviceIdentity.h"
 #include "support/IsolatedHome.h"
 
@@ -9,16 +10,6 @@
 
 using Operation = std::function<bool(AuthManager &)>;
 Q_DECLARE_METATYPE(Operation)
-
-/// The tests' way to a request that no operation sends.
-class AuthManagerPeer
-{
-public:
-    static bool sendWithoutBody(AuthManager &manager)
-    {
-        return manager.send(QStringLiteral("/auth/any"), {}, &AuthManager::onVerificationCodeReplyFinished);
-    }
-};
 
 namespace {
 
