@@ -44,6 +44,7 @@
 #include <QTextBrowser>
 #include <QThread>
 #include <QTimer>
+#include <QToolTip>
 
 #include <chrono>
 
@@ -359,9 +360,11 @@ void LarkspireApp::applyTheme(bool dark)
         m_loginDialog->setDarkTheme(dark);
     if (dark) {
         QApplication::setPalette(MainWindowSkin::darkPalette());
+        QToolTip::setPalette(MainWindowSkin::darkToolTipPalette());
         qApp->setStyleSheet(MainWindowSkin::darkStyleSheet());
     } else {
         QApplication::setPalette(QApplication::style()->standardPalette());
+        QToolTip::setPalette(QApplication::palette());
         qApp->setStyleSheet(QString());
     }
 }

@@ -23,6 +23,13 @@ QPalette MainWindowSkin::darkPalette()
     return palette;
 }
 
+QPalette MainWindowSkin::darkToolTipPalette()
+{
+    QPalette palette = darkPalette();
+    palette.setColor(QPalette::ToolTipBase, QColor(43, 43, 43));
+    return palette;
+}
+
 QString MainWindowSkin::darkStyleSheet()
 {
     // Qt 5's style sheets load images from files only, so the inline tick never shows by itself: the same

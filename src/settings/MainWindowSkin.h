@@ -8,6 +8,8 @@
 namespace MainWindowSkin {
 
 QPalette darkPalette();
+/// For tool tips: the dark palette's own are white on white.
+QPalette darkToolTipPalette();
 QString darkStyleSheet();
 
 } // namespace MainWindowSkin

@@ -21,6 +21,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QScreen>
 #include <QSettings>
@@ -28,7 +29,44 @@
 #include <QStandardPaths>
 #include <QStyle>
 #include <QStyleFactory>
+#include <QToolTip>
 #include <QtTest>
+
+namespace {
+
+/// The tool tip on screen, null when there is none.
+QLabel *shownToolTip()
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (QWidget *widget : widgets) {
+        if (widget->inherits("QTipLabel") && widget->isVisible())
+            return qobject_cast<QLabel *>(widget);
+    }
+    return nullptr;
+}
+
+struct LightnessRange
+{
+    int darkest = 255;
+    int lightest = 0;
+};
+
+/// Over the picture without its frame.
+LightnessRange lightnessWithin(const QImage &picture)
+{
+    constexpr int frame = 2;
+    LightnessRange range;
+    for (int y = frame; y < picture.height() - frame; ++y) {
+        for (int x = frame; x < picture.width() - frame; ++x) {
+            const int lightness = picture.pixelColor(x, y).lightness();
+            range.darkest = qMin(range.darkest, lightness);
+            range.lightest = qMax(range.lightest, lightness);
+        }
+    }
+    return range;
+}
+
+} // namespace
 
 class TestLarkspireAppSettings : public QObject
 {
@@ -39,6 +77,7 @@ private slots:
     void cleanup();
 
     void themeToggleTwiceReturnsToTheStandardPaletteAndAnEmptySheet();
+    void toolTipsAreReadableInEverySkin();
     void startFollowsTheStoredTheme_data();
     void startFollowsTheStoredTheme();
 
@@ -93,6 +132,37 @@ void TestLarkspireAppSettings::themeToggleTwiceReturnsToTheStandardPaletteAndAnE
     QCOMPARE(QApplication::palette(), QApplication::style()->standardPalette());
     QVERIFY(qApp->styleSheet().isEmpty());
     QVERIFY(!isDarkSkin(window.palette()));
+}
+
+void TestLarkspireAppSettings::toolTipsAreReadableInEverySkin()
+{
+    LarkspireApp window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *toggle = window.findChild<QAction *>(QStringLiteral("actionToggleTheme"));
+    const struct
+    {
+        const char *name;
+        bool dark;
+    } skins[] = {{"light at first", false}, {"dark", true}, {"light again", false}, {"dark again", true}};
+    for (const auto &skin : skins) {
+        if (LarkspireAppPeer::config(window).darkMode != skin.dark)
+            toggle->trigger();
+        QToolTip::showText(window.mapToGlobal(QPoint(50, 50)), QStringLiteral("连接: ████"), &window);
+        QLabel *tip = shownToolTip();
+        QVERIFY2(tip, skin.name);
+        const QImage picture = tip->grab().toImage();
+        const LightnessRange range = lightnessWithin(picture);
+        QVERIFY2(range.lightest - range.darkest > 128, skin.name);
+        // The ground, beside the text, goes with the skin.
+        const int ground = picture.pixelColor(picture.width() - 3, picture.height() / 2).lightness();
+        QVERIFY2((ground < 128) == skin.dark, skin.name);
+        QToolTip::hideText();
+        QTRY_VERIFY(!shownToolTip());
+    }
+    // The skin's palette stays as it was designed.
+    QCOMPARE(QApplication::palette().color(QPalette::ToolTipBase), QColor(Qt::white));
+    QCOMPARE(QApplication::palette().color(QPalette::ToolTipText), QColor(Qt::white));
 }
 
 void TestLarkspireAppSettings::startFollowsTheStoredTheme_data()
