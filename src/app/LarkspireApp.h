@@ -292,6 +292,7 @@ private:
     QJsonObject m_userInfo;
     bool m_autoLoginPending = false;
     bool m_hiddenByMinimize = false;
+    QElapsedTimer m_sinceReturn; ///< from a minimise that had hidden the window
     QElapsedTimer m_sinceTrayClick;
     bool m_shownAtTrayClick = false;
 

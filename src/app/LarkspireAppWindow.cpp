@@ -21,6 +21,12 @@
 #include <QTimer>
 #include <QUrl>
 
+namespace {
+
+constexpr int EchoPeriodMs = 400;
+
+} // namespace
+
 void LarkspireApp::showAndActivateWindow()
 {
     if (m_config.rememberWindowState) {
@@ -117,6 +123,11 @@ void LarkspireApp::changeEvent(QEvent *event)
             storePlace();
             ConfigManager::instance()->setWindowGeometry(saveGeometry());
         }
+        if (m_sinceReturn.isValid() && m_sinceReturn.elapsed() < EchoPeriodMs) {
+            // The window system may still be telling of the minimise from which the window has just come back.
+            QTimer::singleShot(EchoPeriodMs, this, &LarkspireApp::hideMinimized);
+            return;
+        }
         hideMinimized();
         // QWidget::showMinimized() shows the window once more after the change of its state.
         QTimer::singleShot(0, this, &LarkspireApp::hideMinimized);
@@ -139,7 +150,12 @@ void LarkspireApp::hideMinimized()
 void LarkspireApp::showEvent(QShowEvent *event)
 {
     QMainWindow::showEvent(event);
+    // A window that returns from being an icon is reported once more by the window system.
+    if (event->spontaneous())
+        return;
     const bool hiddenByMinimize = std::exchange(m_hiddenByMinimize, false);
+    if (hiddenByMinimize && !isMinimized())
+        m_sinceReturn.start();
     if (!m_config.rememberWindowState || hiddenByMinimize)
         return;
     const QByteArray geometry = ConfigManager::instance()->getWindowGeometry();

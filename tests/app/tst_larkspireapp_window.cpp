@@ -63,6 +63,7 @@ private slots:
 
     void minimisingHidesAndComingBackKeepsTheSize();
     void minimisingStoresPlaceAndGeometry();
+    void windowBackFromAMinimiseKeepsItsSizeWhateverIsStored();
     void trayEntriesShowAndHide();
     void aChangeToMaximisedRestoresTheStoredGeometry();
     void maximisingWorksWithoutAStoredGeometry();
@@ -269,6 +270,24 @@ void TestLarkspireAppWindow::minimisingStoresPlaceAndGeometry()
     QTRY_VERIFY(!window->isVisible());
     QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(650, 590));
     QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
+}
+
+void TestLarkspireAppWindow::windowBackFromAMinimiseKeepsItsSizeWhateverIsStored()
+{
+    const auto window = openWindow();
+    window->showMinimized();
+    QTRY_VERIFY(!window->isVisible());
+    ConfigManager::instance()->setWindowGeometry(QByteArray());
+    ConfigManager::instance()->setWindowSize(QSize(620, 540));
+    trayEntry(*window, QStringLiteral("显示主窗口"))->trigger();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QCOMPARE(window->size(), QSize(700, 600));
+    // Hidden in another way, it takes the stored size again.
+    window->hide();
+    ConfigManager::instance()->setWindowGeometry(QByteArray());
+    ConfigManager::instance()->setWindowSize(QSize(620, 540));
+    window->show();
+    QTRY_COMPARE(window->size(), QSize(620, 540));
 }
 
 void TestLarkspireAppWindow::trayEntriesShowAndHide()
