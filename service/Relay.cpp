@@ -38,6 +38,7 @@ constexpr auto requestTime = 30s;
 constexpr auto serverTime = 60s;
 constexpr auto answerTime = 60s;
 constexpr auto drainTime = 2s;
+constexpr auto acceptPause = 200ms;
 
 const std::string jsonType = "application/json; charset=utf-8";
 
@@ -146,17 +147,25 @@ void Relay::stop()
 
 void Relay::run()
 {
+    // Holds open sockets alone: the system refuses a list that is longer than the number of them it allows.
     std::vector<pollfd> watched;
+    const auto watch = [&](int socket, int events) {
+        if (socket < 0)
+            return std::size_t(0);
+        watched.push_back({socket, static_cast<short>(events), 0});
+        return watched.size() - 1;
+    };
     while (true) {
         watched.clear();
-        watched.push_back({m_wake, POLLIN, 0});
-        const bool hasRoom = m_connections.size() < mostConnections;
-        watched.push_back({hasRoom ? m_listener : -1, POLLIN, 0});
-        TimePoint wake = TimePoint::max();
+        watch(m_wake, POLLIN);
+        const bool waitsForRoom = std::chrono::steady_clock::now() < m_acceptAgain;
+        const bool hasRoom = m_connections.size() < mostConnections && !waitsForRoom;
+        const std::size_t listenerPlace = watch(hasRoom ? m_listener : -1, POLLIN);
+        TimePoint wake = waitsForRoom ? m_acceptAgain : TimePoint::max();
         for (const auto &connection : m_connections) {
-            watched.push_back({connection->client, clientEvents(*connection), 0});
+            connection->clientPlace = watch(connection->client, clientEvents(*connection));
             const bool sending = connection->sentToServer < connection->toServer.size();
-            watched.push_back({connection->server, static_cast<short>(sending ? POLLOUT : POLLIN), 0});
+            connection->serverPlace = watch(connection->server, sending ? POLLOUT : POLLIN);
             wake = std::min(wake, wakeTime(*connection));
         }
         int timeoutMs = -1;
@@ -172,13 +181,14 @@ void Relay::run()
         if (watched[0].revents != 0)
             return;
         const TimePoint now = std::chrono::steady_clock::now();
-        for (std::size_t i = 0; i < m_connections.size(); ++i) {
-            Connection &connection = *m_connections[i];
+        const auto raised = [&](std::size_t at) { return at == 0 ? short(0) : watched[at].revents; };
+        for (const auto &entry : m_connections) {
+            Connection &connection = *entry;
             // The events belong to the sockets of before; a step that closes one makes the next one void.
-            if (watched[3 + 2 * i].revents != 0 && connection.server >= 0)
-                serveServer(connection, watched[3 + 2 * i].revents);
-            if (watched[2 + 2 * i].revents != 0 && connection.client >= 0)
-                serveClient(connection, watched[2 + 2 * i].revents);
+            if (raised(connection.serverPlace) != 0 && connection.server >= 0)
+                serveServer(connection, raised(connection.serverPlace));
+            if (raised(connection.clientPlace) != 0 && connection.client >= 0)
+                serveClient(connection, raised(connection.clientPlace));
             if (connection.client >= 0)
                 serveTime(connection, now);
             // A request may have been waiting behind the one that is now answered.
@@ -190,7 +200,7 @@ void Relay::run()
                                                return connection->client < 0;
                                            }),
                             m_connections.end());
-        if (watched[1].revents != 0)
+        if (raised(listenerPlace) != 0)
             acceptAll();
     }
 }
@@ -199,8 +209,13 @@ void Relay::acceptAll()
 {
     while (m_connections.size() < mostConnections) {
         const int socket = ::accept4(m_listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (socket < 0)
+        if (socket < 0) {
+            if (!wouldBlock() && errno != EINTR && errno != ECONNABORTED) {
+                logLine(std::string("cannot take a connection: ") + std::strerror(errno));
+                m_acceptAgain = std::chrono::steady_clock::now() + acceptPause;
+            }
             return;
+        }
         configure(socket);
         auto connection = std::make_unique<Connection>();
         connection->client = socket;

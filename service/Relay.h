@@ -66,6 +66,9 @@ private:
     {
         int client = -1;
         int server = -1;
+        /// Places of the two sockets in the list that is waited on; 0 for none.
+        std::size_t clientPlace = 0;
+        std::size_t serverPlace = 0;
         Phase phase = Phase::Reading;
         TimePoint deadline;
         std::string incoming;
@@ -115,6 +118,8 @@ private:
     int m_listener = -1;
     int m_wake = -1;
     int m_serverPort = 0;
+    /// No connections are taken before this: the system had no room for one.
+    TimePoint m_acceptAgain;
     std::vector<std::unique_ptr<Connection>> m_connections;
     std::thread m_thread;
 };

@@ -33,6 +33,7 @@ private slots:
     void whatWasAnsweredOutlivesACrash();
     void theHistoryIsWrittenOnce();
     void thePortCanBeTakenAgainAtOnce();
+    void itRecoversWhenTheSystemHasNoRoomForConnections();
 
 private:
     struct Ended
@@ -300,6 +301,43 @@ void ServiceProgramTest::thePortCanBeTakenAgainAtOnce()
     QVERIFY2(second.start(), qPrintable(second.errorText()));
     QCOMPARE(second.port(), port);
     QCOMPARE(second.request("GET", "/newsapi/health").status, 200);
+}
+
+void ServiceProgramTest::itRecoversWhenTheSystemHasNoRoomForConnections()
+{
+    QProcess process;
+    process.setStandardErrorFile(m_folder.filePath(QStringLiteral("room-log")));
+    process.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), QStringLiteral("ulimit -n 40; exec \"$0\" \"$@\""),
+                   QStringLiteral(LARKSPIRE_SERVICE_BINARY), QStringLiteral("--database"),
+                   m_folder.filePath(QStringLiteral("room.sqlite")), QStringLiteral("--port"),
+                   QStringLiteral("0"), QStringLiteral("--history"), QStringLiteral("0")});
+    QVERIFY(process.waitForReadyRead(20000));
+    const QByteArray line = process.readAllStandardOutput().trimmed();
+    const auto port = line.mid(line.lastIndexOf(':') + 1).toUShort();
+    std::vector<std::unique_ptr<QTcpSocket>> sockets(60);
+    for (auto &socket : sockets) {
+        socket = std::make_unique<QTcpSocket>();
+        socket->connectToHost(QStringLiteral("127.0.0.1"), port);
+        QVERIFY(socket->waitForConnected());
+    }
+    const auto log = [&] {
+        QFile file(m_folder.filePath(QStringLiteral("room-log")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QTRY_VERIFY(log().contains("cannot take a connection"));
+    sockets.clear();
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+    QVERIFY(socket.waitForConnected());
+    socket.write("GET /newsapi/health HTTP/1.1\r\nConnection: close\r\n\r\n");
+    QVERIFY(socket.waitForReadyRead(10000));
+    QVERIFY(socket.readAll().startsWith("HTTP/1.1 200 OK"));
+    // A pause lies between two tries: the log is not flooded.
+    QVERIFY2(log().count('\n') < 30, log().constData());
+    process.terminate();
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.exitCode(), 0);
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(ServiceProgramTest)
