@@ -11,6 +11,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QStyleFactory>
@@ -119,7 +121,8 @@ private slots:
     {
         QFETCH(int, role);
         QFETCH(QColor, colour);
-        QCOMPARE(QApplication::palette().color(static_cast<QPalette::ColorRole>(role)), colour);
+        for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+            QCOMPARE(QApplication::palette().color(group, static_cast<QPalette::ColorRole>(role)), colour);
     }
 
     void theSelectorsStandInTheirOrder()
@@ -150,7 +153,12 @@ private slots:
                                          t("QTabWidget::pane"),
                                          t("QTabBar::tab"),
                                          t("QTabBar::tab:selected"),
-                                         t("QTabBar::tab:hover")}));
+                                         t("QTabBar::tab:hover"),
+                                         t("QLineEdit:disabled"),
+                                         t("QPushButton:disabled"),
+                                         t("QCheckBox:disabled"),
+                                         t("QMenuBar::item:disabled"),
+                                         t("QMenu::item:disabled")}));
     }
 
     void aSelectorSettlesItsProperties_data()
@@ -195,6 +203,9 @@ private slots:
         add("QTabBar::tab", {background("#2b2b2b"), white, t("padding: 8px 12px;"), t("margin-right: 2px;")});
         add("QTabBar::tab:selected", {background("#404040"), t("border-bottom: 2px solid #42a5f5;")});
         add("QTabBar::tab:hover", {background("#505050")});
+        for (const char *selector : {"QLineEdit:disabled", "QPushButton:disabled", "QCheckBox:disabled",
+                                     "QMenuBar::item:disabled", "QMenu::item:disabled"})
+            add(selector, {t("color: #9A9A9A;")});
     }
 
     void aSelectorSettlesItsProperties()
@@ -249,6 +260,27 @@ private slots:
                  qPrintable(QString::number(pixelsOf(picture, colour))));
     }
 
+    void whatIsDisabledIsWrittenInGrey_data()
+    {
+        QTest::addColumn<QString>("kind");
+        for (const char *kind : {"QLineEdit", "QPushButton", "QCheckBox", "QMenu", "QMenuBar"})
+            QTest::newRow(kind) << t(kind);
+    }
+
+    void whatIsDisabledIsWrittenInGrey()
+    {
+        QFETCH(QString, kind);
+        const std::unique_ptr<QWidget> widget(withText(kind, true));
+        const QImage enabled = pictureOf(*widget);
+        QVERIFY(!enabled.isNull());
+        QVERIFY2(pixelsOf(enabled, Qt::white) > 0, "nothing white while enabled");
+        const std::unique_ptr<QWidget> other(withText(kind, false));
+        const QImage disabled = pictureOf(*other);
+        QVERIFY(!disabled.isNull());
+        QCOMPARE(pixelsOf(disabled, Qt::white), 0);
+        QVERIFY2(pixelsOf(disabled, QColor(0x9A, 0x9A, 0x9A)) > 0, "nothing grey while disabled");
+    }
+
     void aCheckedBoxShowsAWhiteTickAndAnUncheckedOneNone()
     {
         QCheckBox box;
@@ -280,6 +312,35 @@ private:
         if (kind == t("QLineEdit"))
             return new QLineEdit;
         return new QPushButton;
+    }
+
+    /// A widget with strokes that are wide enough to hold the plain colour of its text.
+    static QWidget *withText(const QString &kind, bool enabled)
+    {
+        const QString text(8, QChar(u'H'));
+        QWidget *widget = nullptr;
+        if (kind == t("QLineEdit")) {
+            widget = new QLineEdit(text);
+        } else if (kind == t("QCheckBox")) {
+            widget = new QCheckBox(text);
+        } else if (kind == t("QMenu")) {
+            auto *menu = new QMenu;
+            menu->addAction(text)->setEnabled(enabled);
+            widget = menu;
+        } else if (kind == t("QMenuBar")) {
+            auto *bar = new QMenuBar;
+            bar->addAction(text)->setEnabled(enabled);
+            widget = bar;
+        } else {
+            widget = new QPushButton(text);
+        }
+        if (kind != t("QMenu") && kind != t("QMenuBar"))
+            widget->setEnabled(enabled);
+        QFont font = widget->font();
+        font.setPixelSize(40);
+        widget->setFont(font);
+        widget->resize(widget->sizeHint());
+        return widget;
     }
 };
 
