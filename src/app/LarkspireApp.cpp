@@ -293,7 +293,7 @@ void LarkspireApp::setupTables()
         NewsTables::setUpDetailsView(view.details);
     }
     m_mainNews = new MainNewsTable(m_ui->newsTableWidget);
-    new EmptyListHint(m_ui->newsTableWidget, QStringLiteral("登录后，最新的新闻会显示在这里"));
+    new EmptyListHint(m_ui->newsTableWidget, QStringLiteral("最新的新闻会显示在这里"));
     new EmptyListHint(m_ui->interactivePlatformTableWidget, QStringLiteral("互动平台的新闻会显示在这里"));
     new EmptyListHint(m_ui->selectedNewsTableWidget, QStringLiteral("命中自选关键词的新闻会显示在这里"));
     new EmptyListHint(m_ui->searchResultsTableWidget, QStringLiteral("没有搜索结果"));

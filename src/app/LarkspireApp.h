@@ -31,6 +31,7 @@ class MainNewsTable;
 class QAction;
 class QDialog;
 class QMenu;
+class QMessageBox;
 class QNetworkAccessManager;
 class QTextBrowser;
 class QThread;
@@ -60,7 +61,8 @@ public:
     Q_DISABLE_COPY_MOVE(LarkspireApp)
 
     /// Brings a hidden, minimised or covered window to the front with the focus, about 200 ms later. With
-    /// "Features/RememberWindowState" on, it comes back at its stored place.
+    /// "Features/RememberWindowState" on, it comes back at its stored place; a window in sight stays where it
+    /// is.
     void showAndActivateWindow();
 
 private slots:
@@ -181,7 +183,11 @@ private:
     void updateTopMostAction(bool enabled);
     void toggleTopMostFromTray();
     void hideToTray();
+    /// Takes back what showAndActivateWindow() has still in hand.
+    void stayHidden();
     void storePlace();
+    /// Stores the geometry of now, unless the window is maximised.
+    void storeGeometry();
     /// Hides a window that has just been minimised, where the tray can bring it back.
     void hideMinimized();
     /// Second and third step of showAndActivateWindow().
@@ -291,6 +297,7 @@ private:
     AppConfig m_config;
     QJsonObject m_userInfo;
     bool m_autoLoginPending = false;
+    QPointer<QMessageBox> m_exitQuestion; ///< the one that is open now, if any
     bool m_hiddenByMinimize = false;
     QElapsedTimer m_sinceReturn; ///< from a minimise that had hidden the window
     QElapsedTimer m_sinceTrayClick;
@@ -305,6 +312,7 @@ private:
     int m_keywordNewsCount = 0;
     QStringList m_notifiedNewsIds;
     bool m_handlingAuthFailure = false;
+    bool m_deviceLimitShown = false;
 
     QList<NewsData> m_searchResults;
     QList<NewsData> m_interactiveNews;

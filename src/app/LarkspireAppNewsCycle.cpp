@@ -14,6 +14,8 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QScopedValueRollback>
+#include <QTextDocument>
 #include <QTimer>
 
 #include <chrono>
@@ -44,7 +46,8 @@ void LarkspireApp::setStatusText(const QString &text, const QString &style)
     label->setStyleSheet(style);
     label->setText(text);
     // The label's place is fixed; what does not fit is told whole by the tip.
-    label->setToolTip(label->sizeHint().width() > label->width() ? text : QString());
+    const QString tip = Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    label->setToolTip(label->sizeHint().width() > label->width() ? tip : QString());
 }
 
 void LarkspireApp::startRefreshTimer()
@@ -173,6 +176,7 @@ void LarkspireApp::onNetworkError(const QString &errorMessage)
 
 void LarkspireApp::onAuthenticationFailed(const QString &reason)
 {
+    m_ui->progressBar->hide();
     // The moment of the very first failure, not of the program's start: that failure and any other in the ten
     // seconds after it are ignored, as meant.
     static const QDateTime firstFailure = m_clock();
@@ -208,6 +212,10 @@ void LarkspireApp::onDeviceRemoved(const QString &deviceId)
 
 void LarkspireApp::onDeviceLimitExceeded(const QString &message)
 {
+    // Every request may be refused for it while the box waits for an answer.
+    if (m_deviceLimitShown)
+        return;
+    const QScopedValueRollback<bool> shown(m_deviceLimitShown, true);
     QMessageBox::warning(
         this, QStringLiteral("设备限制"),
         QStringLiteral("设备数量已达上限！\n\n%1\n\n请先解绑其他设备，然后重新连接。").arg(message));

@@ -8,7 +8,6 @@
 #include <QIcon>
 #include <QMenu>
 #include <QStyle>
-#include <QTimer>
 
 namespace {
 
@@ -103,9 +102,6 @@ void LarkspireApp::onTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
     switch (reason) {
     case QSystemTrayIcon::DoubleClick:
         if (shownAtTrayClick() && isVisible() && !isMinimized()) {
-            // The first click of the two has asked for the window; that is off now.
-            m_revealTimer->stop();
-            m_raiseTimer->stop();
             hideToTray();
             break;
         }

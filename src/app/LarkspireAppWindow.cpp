@@ -29,7 +29,10 @@ constexpr int EchoPeriodMs = 400;
 
 void LarkspireApp::showAndActivateWindow()
 {
-    if (m_config.rememberWindowState) {
+    if (isVisible() && !isMinimized()) {
+        // It stands where the user has put it: what was stored before that may not move it.
+        storeGeometry();
+    } else if (m_config.rememberWindowState) {
         const ConfigManager *settings = ConfigManager::instance();
         const QByteArray geometry = settings->getWindowGeometry();
         if (!geometry.isEmpty()) {
@@ -73,14 +76,23 @@ void LarkspireApp::closeEvent(QCloseEvent *event)
         return;
     }
     event->setAccepted(confirmExit());
+    if (event->isAccepted())
+        stayHidden();
 }
 
 bool LarkspireApp::confirmExit()
 {
     if (!m_config.enableNotification || !trayVisible())
         return true;
+    if (m_exitQuestion) {
+        // The tray's menu works while the question is open.
+        m_exitQuestion->raise();
+        m_exitQuestion->activateWindow();
+        return false;
+    }
 
     QMessageBox box(this);
+    m_exitQuestion = &box;
     box.setIcon(QMessageBox::Question);
     box.setWindowTitle(QStringLiteral("确认退出"));
     box.setText(QStringLiteral("确定要退出程序吗？\n\n提示：您可以最小化到系统托盘继续监控新闻。"));
@@ -101,9 +113,22 @@ bool LarkspireApp::confirmExit()
 void LarkspireApp::hideToTray()
 {
     // A window that comes back goes by its stored geometry, so that has to be the one it leaves with.
-    if (m_config.rememberWindowState)
-        ConfigManager::instance()->setWindowGeometry(saveGeometry());
+    storeGeometry();
+    stayHidden();
     hide();
+}
+
+void LarkspireApp::stayHidden()
+{
+    m_revealTimer->stop();
+    m_raiseTimer->stop();
+}
+
+void LarkspireApp::storeGeometry()
+{
+    // A maximised one would come back with every change of the window's state: there would be no way down.
+    if (m_config.rememberWindowState && !isMaximized())
+        ConfigManager::instance()->setWindowGeometry(saveGeometry());
 }
 
 void LarkspireApp::storePlace()

@@ -360,6 +360,10 @@ void MainWindowUi::buildStatusBar(QMainWindow *window)
     userInfoButton = make<QPushButton>(QStringLiteral("userInfoButton"), QStringLiteral("用户"), statusbar);
     place(userInfoButton, 1130, 60);
 
+    // They show texts of the service and of the user as they are.
+    for (QLabel *label : {statusLabel, userStatusLabel})
+        label->setTextFormat(Qt::PlainText);
+
     // Text stands off the window's left edge, and off its neighbour.
     for (QLabel *label : {statusLabel, newsCountLabel, connectionLabel, userStatusLabel})
         label->setIndent(StatusTextIndent);

@@ -62,6 +62,7 @@ private slots:
     void exitByTheTrayLeavesTheSpeechAlone();
 
     void minimisingHidesAndComingBackKeepsTheSize();
+    void windowMinimisedToTheTrayIgnoresWhatWasStoredSince();
     void minimisingStoresPlaceAndGeometry();
     void windowBackFromAMinimiseKeepsItsSizeWhateverIsStored();
     void trayEntriesShowAndHide();
@@ -78,6 +79,13 @@ private slots:
     void showAndActivateBringsAHiddenWindowBack_data();
     void showAndActivateBringsAHiddenWindowBack();
     void showAndActivateMovesAWindowWithoutGeometryToItsPlace();
+    void showAndActivateLeavesAWindowInSightWhereItIs_data();
+    void showAndActivateLeavesAWindowInSightWhereItIs();
+    void fastRealDoubleClickOnTheTrayKeepsTheNewPlace();
+    void maximisedWindowKeepsItsWayDownThroughTheTray_data();
+    void maximisedWindowKeepsItsWayDownThroughTheTray();
+    void hidingTakesBackAnEarlierCallToTheFront_data();
+    void hidingTakesBackAnEarlierCallToTheFront();
     void doubleClickOnTheTrayHidesAndBringsBack();
     void fastRealDoubleClickOnTheTrayHides();
     void slowRealDoubleClickOnTheTrayBringsBack();
@@ -120,7 +128,7 @@ std::unique_ptr<LarkspireApp> TestLarkspireAppWindow::openWindow()
     auto window = std::make_unique<LarkspireApp>();
     window->show();
     if (!QTest::qWaitForWindowActive(window.get()))
-        qWarning("The window did not become active");
+        QTest::qFail("The window did not become active", __FILE__, __LINE__);
     return window;
 }
 
@@ -257,6 +265,27 @@ void TestLarkspireAppWindow::minimisingHidesAndComingBackKeepsTheSize()
     QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
     QVERIFY(pumped.wait());
     QVERIFY(window->isVisible() && !window->isMinimized());
+}
+
+void TestLarkspireAppWindow::windowMinimisedToTheTrayIgnoresWhatWasStoredSince()
+{
+    const auto window = openWindow();
+    const QByteArray other = window->saveGeometry();
+    window->resize(650, 590);
+    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->showMinimized();
+    QTRY_VERIFY(!window->isVisible());
+    // Past the change of the state, which goes by the stored geometry: only the showing is looked at here.
+    ConfigManager::instance()->setWindowGeometry(QByteArray());
+    window->setWindowState(Qt::WindowNoState);
+    ConfigManager::instance()->setWindowGeometry(other);
+    window->show();
+    QCOMPARE(window->size(), QSize(650, 590));
+
+    // Once back, it goes by the stored geometry again.
+    window->hide();
+    window->show();
+    QCOMPARE(window->size(), QSize(700, 600));
 }
 
 void TestLarkspireAppWindow::minimisingStoresPlaceAndGeometry()
@@ -431,11 +460,113 @@ void TestLarkspireAppWindow::showAndActivateBringsAHiddenWindowBack()
 void TestLarkspireAppWindow::showAndActivateMovesAWindowWithoutGeometryToItsPlace()
 {
     const auto window = openWindow();
+    window->hide();
     ConfigManager::instance()->setWindowPosition(QPoint(260, 180));
     ConfigManager::instance()->setWindowSize(QSize(680, 560));
     window->showAndActivateWindow();
     QTRY_COMPARE(window->pos(), QPoint(260, 180));
     QTRY_COMPARE(window->size(), QSize(680, 560));
+}
+
+void TestLarkspireAppWindow::showAndActivateLeavesAWindowInSightWhereItIs_data()
+{
+    QTest::addColumn<bool>("storedBefore");
+    QTest::newRow("with an older geometry") << true;
+    QTest::newRow("without any") << false;
+}
+
+void TestLarkspireAppWindow::showAndActivateLeavesAWindowInSightWhereItIs()
+{
+    QFETCH(bool, storedBefore);
+    const auto window = openWindow();
+    if (storedBefore)
+        ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
+    window->move(240, 170);
+    window->resize(640, 580);
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+
+    window->showAndActivateWindow();
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QCOMPARE(window->pos(), QPoint(240, 170));
+    QCOMPARE(window->size(), QSize(640, 580));
+    // And from the tray it comes back to this place.
+    QCOMPARE(ConfigManager::instance()->getWindowGeometry(), window->saveGeometry());
+}
+
+void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayKeepsTheNewPlace()
+{
+    const auto window = openWindow();
+    ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
+    window->move(240, 170);
+    window->resize(640, 580);
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(*window);
+    emit tray->activated(QSystemTrayIcon::Trigger);
+    emit tray->activated(QSystemTrayIcon::DoubleClick);
+    QVERIFY(!window->isVisible());
+    window->showAndActivateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QTRY_COMPARE(window->pos(), QPoint(240, 170));
+    QCOMPARE(window->size(), QSize(640, 580));
+}
+
+void TestLarkspireAppWindow::maximisedWindowKeepsItsWayDownThroughTheTray_data()
+{
+    QTest::addColumn<bool>("clickedBefore");
+    QTest::newRow("hidden and brought back") << false;
+    QTest::newRow("clicked in the tray before") << true;
+}
+
+void TestLarkspireAppWindow::maximisedWindowKeepsItsWayDownThroughTheTray()
+{
+    QFETCH(bool, clickedBefore);
+    const auto window = openWindow();
+    window->showMaximized();
+    QTRY_VERIFY(window->isMaximized() && window->width() > 1500);
+    if (clickedBefore) {
+        window->showAndActivateWindow();
+        QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+        QVERIFY(pumped.wait());
+        QVERIFY(window->isMaximized() && window->width() > 1500);
+    }
+    window->close();
+    QVERIFY(!window->isVisible());
+    window->showAndActivateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    window->showNormal();
+    QTRY_VERIFY(!window->isMaximized());
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(!window->isMaximized());
+}
+
+void TestLarkspireAppWindow::hidingTakesBackAnEarlierCallToTheFront_data()
+{
+    QTest::addColumn<bool>("notifications");
+    QTest::addColumn<bool>("byMenu");
+    QTest::newRow("closed to the tray") << true << false;
+    QTest::newRow("closed for good") << false << false;
+    QTest::newRow("hidden by the tray's menu") << true << true;
+}
+
+void TestLarkspireAppWindow::hidingTakesBackAnEarlierCallToTheFront()
+{
+    QFETCH(bool, notifications);
+    QFETCH(bool, byMenu);
+    ConfigManager::instance()->setEnableNotification(notifications);
+    const auto window = openWindow();
+    window->showAndActivateWindow();
+    if (byMenu)
+        trayEntry(*window, QStringLiteral("隐藏窗口"))->trigger();
+    else
+        window->close();
+    QVERIFY(!window->isVisible());
+    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
+    QVERIFY(pumped.wait());
+    QVERIFY(!window->isVisible());
 }
 
 void TestLarkspireAppWindow::doubleClickOnTheTrayHidesAndBringsBack()
