@@ -135,7 +135,7 @@ void LarkspireApp::createManagers()
         timer->setInterval(RaiseStepDelay);
     }
     m_networkManager = new QNetworkAccessManager(this);
-    m_speechManager = new SpeechManager(this);
+    m_speechManager = new SpeechManager(this, [this] { return m_clock(); });
     m_soundReminder = new SoundReminder(this);
     m_autoStartManager = new AutoStartManager(this);
     m_authManager = new AuthManager(this);

@@ -3,7 +3,10 @@
 #include "settings/ConfigManager.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QImage>
 #include <QLabel>
+#include <QPixmap>
 #include <QTimer>
 #include <QWidget>
 
@@ -24,21 +27,51 @@ bool quitsBy(const std::function<void()> &act)
     return QCoreApplication::exec() != stillRunning;
 }
 
-QString trayMessage()
+namespace {
+
+const QWidget *trayBalloon()
 {
     const QWidgetList widgets = QApplication::topLevelWidgets();
     for (const QWidget *widget : widgets) {
-        if (!widget->inherits("QBalloonTip") || !widget->isVisible())
-            continue;
-        QStringList texts;
-        const QList<QLabel *> labels = widget->findChildren<QLabel *>();
-        for (const QLabel *label : labels) {
-            if (!label->text().isEmpty())
-                texts.append(label->text());
-        }
-        return texts.join(QLatin1Char('\n'));
+        if (widget->inherits("QBalloonTip") && widget->isVisible())
+            return widget;
     }
-    return {};
+    return nullptr;
+}
+
+} // namespace
+
+QString trayMessage()
+{
+    const QWidget *balloon = trayBalloon();
+    if (!balloon)
+        return {};
+    QStringList texts;
+    const QList<QLabel *> labels = balloon->findChildren<QLabel *>();
+    for (const QLabel *label : labels) {
+        if (!label->text().isEmpty())
+            texts.append(label->text());
+    }
+    return texts.join(QLatin1Char('\n'));
+}
+
+QStyle::StandardPixmap trayMessageIcon()
+{
+    const QWidget *balloon = trayBalloon();
+    const QList<QLabel *> labels = balloon ? balloon->findChildren<QLabel *>() : QList<QLabel *>();
+    for (const QLabel *label : labels) {
+        const QPixmap picture = label->pixmap(Qt::ReturnByValue);
+        if (picture.isNull())
+            continue;
+        for (const QStyle::StandardPixmap kind :
+             {QStyle::SP_MessageBoxInformation, QStyle::SP_MessageBoxWarning,
+              QStyle::SP_MessageBoxCritical}) {
+            const QIcon icon = balloon->style()->standardIcon(kind, nullptr, balloon);
+            if (icon.pixmap(picture.size()).toImage() == picture.toImage())
+                return kind;
+        }
+    }
+    return QStyle::SP_CustomBase;
 }
 
 ScriptedService::ScriptedService()

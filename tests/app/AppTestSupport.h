@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QStyle>
 #include <QUrlQuery>
 
 #include <functional>
@@ -18,6 +19,9 @@ bool quitsBy(const std::function<void()> &act);
 
 /// The text of the message at the tray icon, its title in front with a line feed; empty when there is none.
 QString trayMessage();
+/// The picture of that message, one of information, warning and critical; QStyle::SP_CustomBase for any other
+/// and for none.
+QStyle::StandardPixmap trayMessageIcon();
 
 /// A service that logs everybody in and gives out the news that the test has set.
 class ScriptedService final : public QObject

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QtTest>
 
@@ -35,6 +36,7 @@ void TestLarkspireAppAuthFailure::firstFailureAndTheTenSecondsAfterItAreIgnoredA
     auto *refresh = window.findChild<QPushButton *>(QStringLiteral("refreshButton"));
     const auto *status = window.findChild<QLabel *>(QStringLiteral("statusLabel"));
     const auto *connection = window.findChild<QLabel *>(QStringLiteral("connectionLabel"));
+    const auto *progress = window.findChild<QProgressBar *>(QStringLiteral("progressBar"));
     QTimer *timer = LarkspireAppPeer::refreshTimer(window);
 
     // A minute into the program's life the very first request is refused: ignored.
@@ -43,9 +45,12 @@ void TestLarkspireAppAuthFailure::firstFailureAndTheTenSecondsAfterItAreIgnoredA
     service.newsFailure = RawAnswer::json({{QStringLiteral("error"), QStringLiteral("密钥无效")}}, 401);
     QSignalSpy failed(client, &ApiClient::authenticationFailed);
     refresh->click();
+    QVERIFY(progress->isVisibleTo(&window));
     QVERIFY(failed.wait());
     QVERIFY(timer->isActive());
     QCOMPARE(status->text(), QStringLiteral("正在刷新数据..."));
+    // Ignored or not, the request is over.
+    QVERIFY(!progress->isVisibleTo(&window));
 
     // So is another one shortly before ten seconds are over.
     now = now.addMSecs(9999);
@@ -59,6 +64,7 @@ void TestLarkspireAppAuthFailure::firstFailureAndTheTenSecondsAfterItAreIgnoredA
     refresh->click();
     QVERIFY(failed.wait());
     QVERIFY(!timer->isActive());
+    QVERIFY(!progress->isVisibleTo(&window));
     QCOMPARE(status->text(), QStringLiteral("认证失败"));
     QCOMPARE(status->styleSheet(), QStringLiteral("color: red;"));
     QCOMPARE(connection->text(), QStringLiteral("API: <span style='color: red;'>✕</span> 认证失败"));
@@ -89,6 +95,11 @@ void TestLarkspireAppAuthFailure::firstFailureAndTheTenSecondsAfterItAreIgnoredA
     QVERIFY(timer->isActive());
     QCOMPARE(status->text(), QStringLiteral("已加载 1 条新闻"));
     QVERIFY(status->styleSheet().isEmpty());
+
+    // A cycle that is stopped still knows that its table is filled.
+    QVERIFY(LarkspireAppPeer::initialLoadDone(window));
+    QTRY_VERIFY_WITH_TIMEOUT(failsAgain(), 8000);
+    QVERIFY(LarkspireAppPeer::initialLoadDone(window));
 }
 
 int main(int argc, char *argv[])

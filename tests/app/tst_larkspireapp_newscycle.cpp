@@ -9,6 +9,7 @@
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
 #include "support/BoxAnswer.h"
+#include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
 #include "support/speechplugin/StagedSpeechEngine.h"
@@ -22,6 +23,7 @@
 #include <QSoundEffect>
 #include <QTableWidget>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -76,6 +78,12 @@ private slots:
     void speechCutsAtAHundred_data();
     void speechCutsAtAHundred();
     void emptyTitleIsNotSpoken();
+    void emptyTitleMovesTheSpeechQueue();
+    void spokenNewsWaitsForFortyFiveSeconds_data();
+    void spokenNewsWaitsForFortyFiveSeconds();
+    void popupStaysForTenSeconds();
+    void knownItemThatIsFreshNowIsAnnouncedBesideANewOne();
+    void fullFetchAnnouncesBeforeItFillsTheTable();
     void switchesDecideWhatAnnounces_data();
     void switchesDecideWhatAnnounces();
     void itemWithoutKeywordsIsOnlySpoken();
@@ -93,6 +101,8 @@ private slots:
     void devicesAreCounted();
     void removedDeviceIsReported();
     void deviceLimitIsReportedAndTheTimerRunsOn();
+    void secondDeviceLimitFindsTheBoxOpen();
+    void textsOfTheServiceAreShownAsTheyAre();
 
 private:
     void fetch();
@@ -545,6 +555,88 @@ void TestLarkspireAppNewsCycle::emptyTitleIsNotSpoken()
     QVERIFY(LarkspireAppPeer::notifiedNewsIds(*m_window).contains(QStringLiteral("4")));
 }
 
+void TestLarkspireAppNewsCycle::emptyTitleMovesTheSpeechQueue()
+{
+    fetch();
+    LarkspireAppPeer::speechPumpTimer(*m_window)->stop();
+    StagedSpeechEngine *engine = SpeechStage::instance().engine();
+    engine->enter(QTextToSpeech::Speaking);
+    m_window->findChild<SpeechManager *>()->speak(QStringLiteral("等候的消息"), 45);
+    {
+        const QSignalBlocker silence(engine);
+        engine->enter(QTextToSpeech::Ready);
+    }
+    QVERIFY(SpeechStage::instance().said().isEmpty());
+    tick({newsObject(QStringLiteral("4"), QString(), Now.addSecs(-5))});
+    QCOMPARE(SpeechStage::instance().said(), QStringList{QStringLiteral("等候的消息")});
+}
+
+void TestLarkspireAppNewsCycle::spokenNewsWaitsForFortyFiveSeconds_data()
+{
+    QTest::addColumn<int>("waited");
+    QTest::addColumn<bool>("said");
+    QTest::newRow("45") << 45 << true;
+    QTest::newRow("46") << 46 << false;
+}
+
+void TestLarkspireAppNewsCycle::spokenNewsWaitsForFortyFiveSeconds()
+{
+    QFETCH(int, waited);
+    QFETCH(bool, said);
+    fetch();
+    LarkspireAppPeer::speechPumpTimer(*m_window)->stop();
+    StagedSpeechEngine *engine = SpeechStage::instance().engine();
+    engine->enter(QTextToSpeech::Speaking);
+    tick({newsObject(QStringLiteral("4"), QStringLiteral("新闻四"), Now.addSecs(-5))});
+    QVERIFY(SpeechStage::instance().said().isEmpty());
+    m_now = Now.addSecs(waited);
+    engine->enter(QTextToSpeech::Ready);
+    QCOMPARE(SpeechStage::instance().said(), said ? QStringList{QStringLiteral("新闻四")} : QStringList());
+}
+
+void TestLarkspireAppNewsCycle::popupStaysForTenSeconds()
+{
+    fetch();
+    const auto *notification = m_window->findChild<CustomNotification *>();
+    const auto running = [notification] {
+        QList<int> intervals;
+        for (const QTimer *timer : notification->findChildren<QTimer *>()) {
+            if (timer->isActive())
+                intervals.append(timer->interval());
+        }
+        return intervals;
+    };
+    QVERIFY(running().isEmpty());
+    tick({newsObject(QStringLiteral("4"), QStringLiteral("新闻四"), Now.addSecs(-5),
+                     {QStringLiteral("降准")})});
+    QCOMPARE(card(), QStringLiteral("新闻四"));
+    QCOMPARE(running(), QList<int>{10000});
+}
+
+void TestLarkspireAppNewsCycle::knownItemThatIsFreshNowIsAnnouncedBesideANewOne()
+{
+    fetch();
+    QVERIFY(SpeechStage::instance().said().isEmpty());
+    tick({newsObject(QStringLiteral("4"), QStringLiteral("新闻四"), Now.addSecs(-5)),
+          newsObject(QStringLiteral("3"), QStringLiteral("旧闻三"), Now.addSecs(-6))});
+    QCOMPARE(SpeechStage::instance().said(),
+             (QStringList{QStringLiteral("新闻四"), QStringLiteral("旧闻三")}));
+    QCOMPARE(table()->rowCount(), 4);
+}
+
+void TestLarkspireAppNewsCycle::fullFetchAnnouncesBeforeItFillsTheTable()
+{
+    SpeechStage::instance().speaksAtOnce = true;
+    QList<int> rowsWhenSpeaking;
+    const QObject watching;
+    connect(SpeechStage::instance().engine(), &QTextToSpeechEngine::stateChanged, &watching,
+            [this, &rowsWhenSpeaking] { rowsWhenSpeaking.append(table()->rowCount()); });
+    m_service->news = {newsObject(QStringLiteral("4"), QStringLiteral("新闻四"), Now.addSecs(-5))};
+    fetch();
+    QCOMPARE(rowsWhenSpeaking, QList<int>{0});
+    QCOMPARE(table()->rowCount(), 1);
+}
+
 void TestLarkspireAppNewsCycle::switchesDecideWhatAnnounces_data()
 {
     QTest::addColumn<bool>("sound");
@@ -736,6 +828,7 @@ void TestLarkspireAppNewsCycle::authenticationRequiredStopsTheCycle()
 {
     fetch();
     emit client()->authenticationRequired();
+    QVERIFY(LarkspireAppPeer::initialLoadDone(*m_window));
     QVERIFY(!LarkspireAppPeer::refreshTimer(*m_window)->isActive());
     QCOMPARE(status(), QStringLiteral("需要配置API密钥"));
     QCOMPARE(label("statusLabel")->styleSheet(), QStringLiteral("color: orange;"));
@@ -756,6 +849,7 @@ void TestLarkspireAppNewsCycle::removedDeviceIsReported()
     emit client()->deviceRemoved(QStringLiteral("旧电脑"));
     QCOMPARE(status(), QStringLiteral("设备已移除"));
     QTRY_COMPARE(trayMessage(), QStringLiteral("设备管理\n设备 旧电脑 已成功移除"));
+    QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxInformation);
 }
 
 void TestLarkspireAppNewsCycle::deviceLimitIsReportedAndTheTimerRunsOn()
@@ -769,8 +863,47 @@ void TestLarkspireAppNewsCycle::deviceLimitIsReportedAndTheTimerRunsOn()
     QCOMPARE(box.text(),
              QStringLiteral("设备数量已达上限！\n\n最多两台\n\n请先解绑其他设备，然后重新连接。"));
     QTRY_COMPARE(trayMessage(), QStringLiteral("设备限制\n设备数量已达上限，请先解绑其他设备"));
+    QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxWarning);
     QCOMPARE(status(), QStringLiteral("设备限制超限"));
     QVERIFY(LarkspireAppPeer::refreshTimer(*m_window)->isActive());
+}
+
+void TestLarkspireAppNewsCycle::secondDeviceLimitFindsTheBoxOpen()
+{
+    bool second = false;
+    const DialogVisit visit(QStringLiteral("设备限制"), [this, &second](QDialog &box) {
+        // Comes to its turn inside a second box, should there be one.
+        QTimer inside;
+        inside.setSingleShot(true);
+        QObject::connect(&inside, &QTimer::timeout, &box, [&second, &box] {
+            second = QApplication::activeModalWidget() != &box;
+            if (second)
+                QApplication::activeModalWidget()->close();
+        });
+        inside.start(0);
+        emit client()->deviceLimitExceeded(QStringLiteral("最多两台"));
+        box.reject();
+    });
+    emit client()->deviceLimitExceeded(QStringLiteral("最多两台"));
+    QVERIFY(visit.ended());
+    QVERIFY(!second);
+    // A later refusal is told again.
+    const BoxAnswer again(QStringLiteral("OK"));
+    emit client()->deviceLimitExceeded(QStringLiteral("最多两台"));
+    QVERIFY(again.shown());
+}
+
+void TestLarkspireAppNewsCycle::textsOfTheServiceAreShownAsTheyAre()
+{
+    const QString tags = QStringLiteral("<h1>很长的说明</h1>").repeated(10);
+    emit client()->errorOccurred(tags);
+    QCOMPARE(status(), QStringLiteral("API错误: ") + tags);
+    QCOMPARE(label("statusLabel")->textFormat(), Qt::PlainText);
+    const QString tip = label("statusLabel")->toolTip();
+    QVERIFY(tip.contains(QStringLiteral("&lt;h1&gt;")) && !tip.contains(QStringLiteral("<h1>")));
+    emit client()->userInfoReceived({{QStringLiteral("email"), QStringLiteral("<b>x</b>")}});
+    QCOMPARE(label("userStatusLabel")->textFormat(), Qt::PlainText);
+    QCOMPARE(label("connectionLabel")->textFormat(), Qt::RichText);
 }
 
 int main(int argc, char *argv[])

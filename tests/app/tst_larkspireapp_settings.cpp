@@ -335,28 +335,37 @@ void TestLarkspireAppSettings::failedAutoStartIsToldAndTakenBack_data()
     QTest::addColumn<bool>("enabledBefore");
     QTest::addColumn<QString>("state");
     QTest::newRow("switching on") << false << QStringLiteral("已禁用");
+    QTest::newRow("switching off") << true << QStringLiteral("已启用");
 }
 
 void TestLarkspireAppSettings::failedAutoStartIsToldAndTakenBack()
 {
     QFETCH(bool, enabledBefore);
     QFETCH(QString, state);
+    if (enabledBefore)
+        QVERIFY(AutoStartManager(nullptr).setAutoStart(true));
     LarkspireApp window;
     QCOMPARE(LarkspireAppPeer::config(window).enableAutoStart, enabledBefore);
-    // A file where the folder of the entries belongs: nothing can be written there.
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                           QStringLiteral("/autostart");
-    QVERIFY(QDir(folder).removeRecursively());
-    QFile obstacle(folder);
-    QVERIFY(obstacle.open(QIODevice::WriteOnly));
-    obstacle.close();
+    QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                QStringLiteral("/autostart"));
+    const QStringList entries = folder.entryList(QDir::Files);
+    QVERIFY(folder.removeRecursively());
+    if (enabledBefore) {
+        // A folder where the entry was: it can't be taken away like a file.
+        QCOMPARE(entries.size(), 1);
+        QVERIFY(folder.mkpath(entries.first()));
+    } else {
+        // A file where the folder of the entries belongs: nothing can be written there.
+        QFile obstacle(folder.path());
+        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+    }
 
     const LogCapture log;
     const BoxAnswer box(QStringLiteral("OK"));
     AppConfig edited = LarkspireAppPeer::config(window);
     edited.enableAutoStart = !enabledBefore;
     LarkspireAppPeer::adoptConfig(window, edited);
-    QVERIFY(obstacle.remove());
+    QVERIFY(enabledBefore ? folder.removeRecursively() : QFile::remove(folder.path()));
     QCOMPARE(log.count(QStringLiteral("Failed to update auto start setting")), 1);
     QVERIFY(box.shown());
     QCOMPARE(box.icon(), QMessageBox::Warning);

@@ -5,6 +5,7 @@
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
 #include "support/BoxAnswer.h"
+#include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
 #include "support/speechplugin/StagedSpeechEngine.h"
@@ -15,6 +16,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSlider>
+#include <QTimer>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(QSystemTrayIcon::ActivationReason)
@@ -57,6 +59,7 @@ private slots:
     void closingStoresThePlace();
     void exitAsksWhileNotificationsAreOn_data();
     void exitAsksWhileNotificationsAreOn();
+    void secondExitCommandFindsTheQuestionOpen();
     void exitWithNotificationsOffQuitsAtOnce();
     void exitByTheMenuSilencesTheSpeech();
     void exitByTheTrayLeavesTheSpeechAlone();
@@ -218,6 +221,29 @@ void TestLarkspireAppWindow::exitAsksWhileNotificationsAreOn()
     QCOMPARE(buttons, expected);
     QCOMPARE(box.defaultButton(), QStringLiteral("否，最小化"));
     QCOMPARE(window->isVisible(), visibleAfter);
+}
+
+void TestLarkspireAppWindow::secondExitCommandFindsTheQuestionOpen()
+{
+    const auto window = openWindow();
+    QAction *exit = trayEntry(*window, QStringLiteral("退出"));
+    bool second = false;
+    const DialogVisit visit(QStringLiteral("确认退出"), [&second, exit](QDialog &question) {
+        // Comes to its turn inside a second question, should there be one.
+        QTimer inside;
+        inside.setSingleShot(true);
+        QObject::connect(&inside, &QTimer::timeout, &question, [&second, &question] {
+            second = QApplication::activeModalWidget() != &question;
+            if (second)
+                QApplication::activeModalWidget()->close();
+        });
+        inside.start(0);
+        exit->trigger();
+        question.close();
+    });
+    QVERIFY(!quitsBy([exit] { exit->trigger(); }));
+    QVERIFY(visit.ended());
+    QVERIFY(!second);
 }
 
 void TestLarkspireAppWindow::exitWithNotificationsOffQuitsAtOnce()
