@@ -149,7 +149,8 @@ void LarkspireApp::changeEvent(QEvent *event)
             ConfigManager::instance()->setWindowGeometry(saveGeometry());
         }
         if (m_sinceReturn.isValid() && m_sinceReturn.elapsed() < EchoPeriodMs) {
-            // The window system may still be telling of the minimise from which the window has just come back.
+            // The window system may still be telling of the minimise from which the window has just come
+            // back.
             QTimer::singleShot(EchoPeriodMs, this, &LarkspireApp::hideMinimized);
             return;
         }
