@@ -1,5 +1,6 @@
 # shellcheck shell=bash
-# Sourced by ./run on a virtual display: waits until news is really on screen and takes the pictures.
+# Sourced by ./run on a virtual display: waits until news, or the question for a login, is really on screen and takes
+# the pictures.
 # shellcheck disable=SC2154  # state, url and desktop are set by ./run
 
 main_window() { xdotool search --onlyvisible --name '^云雀资讯$' 2>/dev/null | head -n 1; }
@@ -33,6 +34,22 @@ publish_keyword_item() {
 }
 # The desktop lives as long as the wait makes sense.
 or_desktop_gone() { "$@" || ! kill -0 "$desktop" 2>/dev/null; }
+
+prompt() { xdotool search --onlyvisible --name '^选择登录方式$' 2>/dev/null | head -n 1; }
+prompt_visible() { [ -n "$(prompt)" ]; }
+prompt_painted() { [ "$(import -silent -window "$(prompt)" -format '%k' info: 2>/dev/null || echo 0)" -gt 100 ]; }
+
+show_first_prompt() {
+    local picture
+    say "Waiting for the question for a login"
+    wait_until 60 or_desktop_gone prompt_visible || fail "no question for a login within 60 seconds; see $state/desktop.log"
+    kill -0 "$desktop" 2>/dev/null || fail "the desktop ended: $(tail -n 1 "$state/desktop.log")"
+    wait_until 10 prompt_painted || fail "the question for a login stayed empty"
+    [ -z "$(main_window)" ] || fail "the window is there although nobody is logged in"
+    picture=$PWD/$state/first-run.png
+    import -silent -window root "$picture" || fail "no picture of the screen could be taken"
+    echo "$picture"
+}
 
 show_first_news() {
     local picture
