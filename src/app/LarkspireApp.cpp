@@ -222,6 +222,10 @@ void LarkspireApp::setupConnections()
     connect(m_authManager, &AuthManager::authStatusChanged, this, &LarkspireApp::onAuthStatusChanged);
     connect(m_authManager, &AuthManager::sessionExpired, this, &LarkspireApp::onSessionExpired);
 
+    // At the end of a session the system may end the process before the destructor has its turn.
+    connect(qApp, &QGuiApplication::commitDataRequest, this, &LarkspireApp::saveSettings,
+            Qt::DirectConnection);
+
     connect(m_customNotification, &CustomNotification::notificationClicked, this,
             &LarkspireApp::showAndActivateWindow);
 

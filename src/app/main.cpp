@@ -44,6 +44,9 @@ int main(int argc, char *argv[])
     static_cast<void>(QSystemTrayIcon::isSystemTrayAvailable());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/app.ico")));
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    // Without it Qt closes every window at the end of a session and takes the refusal of one that hides to the
+    // tray for a veto against logging off.
+    QGuiApplication::setFallbackSessionManagementEnabled(false);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     FontSubstitution::apply();
 

@@ -1,3 +1,4 @@
+#include "app/SessionManager.h"
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
 
@@ -19,9 +20,15 @@ private slots:
 
     void secondStartBringsTheFirstWindowBackAndEndsWithZero();
     void withoutALoginThePromptAppearsAndTheWindowStaysHidden();
+    void closingTheLastWindowLeavesTheProcessAliveUntilItIsTerminated();
+    void exitByTheMenuEndsWithZeroAndStoresTheSettings();
+    void logOffStoresTheSettingsAndIsNotHeldUp();
 
 private:
+    static void storeLogin(const QString &serverUrl);
     void startProgram();
+    /// The title of the window that has the focus.
+    static QString activeTitle();
     /// How many windows of this title are on the screen; without one, the program's main windows.
     static int windowsOnScreen(const QString &title = QStringLiteral("^云雀资讯$"));
     static bool run(const QString &command, const QStringList &arguments, QByteArray *output = nullptr);
@@ -74,14 +81,25 @@ int TestLarkspireProgram::windowsOnScreen(const QString &title)
     return output.count('\n');
 }
 
+void TestLarkspireProgram::storeLogin(const QString &serverUrl)
+{
+    QSettings settings(settingsFilePath(), QSettings::IniFormat);
+    settings.setValue(QStringLiteral("API/ServerUrl"), serverUrl);
+    settings.setValue(QStringLiteral("API/Key"), ServiceProcess::demoApiKey());
+    settings.setValue(QStringLiteral("Auth/LoginMethod"), 1);
+}
+
+QString TestLarkspireProgram::activeTitle()
+{
+    QByteArray output;
+    run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")},
+        &output);
+    return QString::fromUtf8(output).trimmed();
+}
+
 void TestLarkspireProgram::secondStartBringsTheFirstWindowBackAndEndsWithZero()
 {
-    {
-        QSettings settings(settingsFilePath(), QSettings::IniFormat);
-        settings.setValue(QStringLiteral("API/ServerUrl"), m_service->baseUrl());
-        settings.setValue(QStringLiteral("API/Key"), ServiceProcess::demoApiKey());
-        settings.setValue(QStringLiteral("Auth/LoginMethod"), 1);
-    }
+    storeLogin(m_service->baseUrl());
     startProgram();
     QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
 
@@ -96,6 +114,7 @@ void TestLarkspireProgram::secondStartBringsTheFirstWindowBackAndEndsWithZero()
     QCOMPARE(second.exitStatus(), QProcess::NormalExit);
     QCOMPARE(second.exitCode(), 0);
     QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), QStringLiteral("云雀资讯"), 20000);
     QCOMPARE(m_program->state(), QProcess::Running);
     // The identity that main sets decides where the settings lie.
     QVERIFY(QFileInfo::exists(settingsFilePath()));
@@ -113,6 +132,65 @@ void TestLarkspireProgram::withoutALoginThePromptAppearsAndTheWindowStaysHidden(
     QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(QStringLiteral("选择登录方式")), 1, 20000);
     QCOMPARE(windowsOnScreen(), 0);
     QCOMPARE(m_program->state(), QProcess::Running);
+}
+
+void TestLarkspireProgram::closingTheLastWindowLeavesTheProcessAliveUntilItIsTerminated()
+{
+    storeLogin(m_service->baseUrl());
+    QSettings(settingsFilePath(), QSettings::IniFormat)
+        .setValue(QStringLiteral("Features/EnableNotification"), false);
+    startProgram();
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+    QVERIFY(run(QStringLiteral("wmctrl"), {QStringLiteral("-c"), QStringLiteral("云雀资讯")}));
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 0, 20000);
+    // Still at work without a window: the news come three seconds after the login.
+    QTRY_VERIFY_WITH_TIMEOUT(m_service->requestCount(QStringLiteral("GET /newsapi/news")) >= 1, 20000);
+    QCOMPARE(m_program->state(), QProcess::Running);
+    m_program->terminate();
+    QVERIFY(m_program->waitForFinished());
+}
+
+void TestLarkspireProgram::exitByTheMenuEndsWithZeroAndStoresTheSettings()
+{
+    storeLogin(m_service->baseUrl());
+    QSettings(settingsFilePath(), QSettings::IniFormat)
+        .setValue(QStringLiteral("Features/EnableNotification"), false);
+    startProgram();
+    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), QStringLiteral("云雀资讯"), 20000);
+    QVERIFY(!QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+    // The menu bar's first menu, and in it the only entry.
+    QVERIFY(run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Alt_L"),
+                                            QStringLiteral("Down"), QStringLiteral("Return")}));
+    QVERIFY(m_program->waitForFinished());
+    QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program->exitCode(), 0);
+    QVERIFY(QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+}
+
+void TestLarkspireProgram::logOffStoresTheSettingsAndIsNotHeldUp()
+{
+    SessionManager session;
+    QVERIFY(!session.address().isEmpty());
+    storeLogin(m_service->baseUrl());
+    qputenv("SESSION_MANAGER", session.address().toLocal8Bit());
+    startProgram();
+    qunsetenv("SESSION_MANAGER");
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+    QCOMPARE(session.members(), 1);
+    QTRY_COMPARE(session.saved(), 1);
+    {
+        QSettings settings(settingsFilePath(), QSettings::IniFormat);
+        settings.remove(QStringLiteral("Window/Geometry"));
+    }
+
+    session.logOff();
+    QTRY_COMPARE(session.saved(), 1);
+    QVERIFY(!session.cancelled());
+    // Nothing is closed or hidden for it either: another program may still call the log-off off.
+    QCOMPARE(windowsOnScreen(), 1);
+    QVERIFY(QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+    m_program->kill();
+    QVERIFY(m_program->waitForFinished());
 }
 
 int main(int argc, char *argv[])
