@@ -1,5 +1,6 @@
 #include "app/SingleApplication.h"
 
+#include "app/PresenceMarker.h"
 #include "desktop/WindowActivation.h"
 
 #include <QLocalServer>
@@ -10,14 +11,6 @@ namespace {
 
 constexpr char wakeUpMessage[] = "SHOW_WINDOW";
 
-/// A System V segment outlives a copy that was killed. Whoever detaches last removes it, so a visit clears a
-/// marker that no living copy holds, and leaves one that is held.
-void removeMarkerOfDeadCopy(const QString &key)
-{
-    QSharedMemory visitor(key);
-    visitor.attach(QSharedMemory::ReadWrite);
-}
-
 } // namespace
 
 SingleApplication::SingleApplication(int &argc, char **argv, const QString &appId)
@@ -26,7 +19,7 @@ SingleApplication::SingleApplication(int &argc, char **argv, const QString &appI
     , m_sharedMemoryKey(m_appId + QStringLiteral("_SharedMemory"))
     , m_serverName(m_appId + QStringLiteral("_LocalServer"))
 {
-    removeMarkerOfDeadCopy(m_sharedMemoryKey);
+    PresenceMarker::removeOfDeadCopy(m_sharedMemoryKey);
     m_sharedMemory = new QSharedMemory(m_sharedMemoryKey, this);
     m_isRunning = m_sharedMemory->attach(QSharedMemory::ReadWrite);
     if (m_isRunning)
@@ -60,9 +53,7 @@ void SingleApplication::wakeOtherCopy() const
 
 void SingleApplication::becomeFirstCopy()
 {
-    // Only the segment's existence matters; nothing is ever written to it.
-    constexpr int markerBytes = 8;
-    m_sharedMemory->create(markerBytes, QSharedMemory::ReadWrite);
+    PresenceMarker::create(*m_sharedMemory);
     m_localServer = new QLocalServer(this);
     connect(m_localServer, &QLocalServer::newConnection, this, &SingleApplication::onNewConnection);
     QLocalServer::removeServer(m_serverName);

@@ -2,6 +2,7 @@
 #include "app/FontSubstitution.h"
 #include "app/LarkspireApp.h"
 #include "app/SingleApplication.h"
+#include "desktop/TerminationSignals.h"
 #include "newsclient/NewsRecords.h"
 #include "resources/LarkspireResources.h"
 
@@ -44,8 +45,8 @@ int main(int argc, char *argv[])
     static_cast<void>(QSystemTrayIcon::isSystemTrayAvailable());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/app.ico")));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // Without it Qt closes every window at the end of a session and takes the refusal of one that hides to the
-    // tray for a veto against logging off.
+    // Without it Qt closes every window at the end of a session and takes the refusal of one that hides to
+    // the tray for a veto against logging off.
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     FontSubstitution::apply();
@@ -62,5 +63,6 @@ int main(int argc, char *argv[])
     LarkspireApp window;
     QObject::connect(&application, &SingleApplication::instanceStarted, &window,
                      &LarkspireApp::showAndActivateWindow);
+    const TerminationSignals terminationSignals;
     return EventLoopGuard::exec();
 }

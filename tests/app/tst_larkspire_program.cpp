@@ -21,6 +21,7 @@ private slots:
     void secondStartBringsTheFirstWindowBackAndEndsWithZero();
     void withoutALoginThePromptAppearsAndTheWindowStaysHidden();
     void closingTheLastWindowLeavesTheProcessAliveUntilItIsTerminated();
+    void askedToEndByTheSystemItStoresTheSettings();
     void exitByTheMenuEndsWithZeroAndStoresTheSettings();
     void logOffStoresTheSettingsAndIsNotHeldUp();
 
@@ -148,6 +149,21 @@ void TestLarkspireProgram::closingTheLastWindowLeavesTheProcessAliveUntilItIsTer
     QCOMPARE(m_program->state(), QProcess::Running);
     m_program->terminate();
     QVERIFY(m_program->waitForFinished());
+    QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program->exitCode(), 0);
+}
+
+void TestLarkspireProgram::askedToEndByTheSystemItStoresTheSettings()
+{
+    storeLogin(m_service->baseUrl());
+    startProgram();
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+    QVERIFY(!QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+    m_program->terminate();
+    QVERIFY(m_program->waitForFinished());
+    QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program->exitCode(), 0);
+    QVERIFY(QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
 }
 
 void TestLarkspireProgram::exitByTheMenuEndsWithZeroAndStoresTheSettings()
