@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+
+#include <optional>
+
+/// What one label of the stock page shows.
+struct LabelContent
+{
+    /// Rich text for the values and the name; plain text for captions, region, industry and business.
+    QString text;
+    /// The label's whole style sheet, empty for the plain look. Without a value the label keeps the one it
+    /// has.
+    std::optional<QString> style;
+    /// Plain text: what the label cannot show whole. Empty takes the tool tip away.
+    QString toolTip;
+    /// Whether the style asks for a text in the middle of the label; a style sheet cannot do that to a label.
+    bool centred = false;
+};
+
+/// By the object names of the labels.
+using LabelContents = QMap<QString, LabelContent>;

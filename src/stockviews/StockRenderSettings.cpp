@@ -1,0 +1,17 @@
+#include "stockviews/StockRenderSettings.h"
+
+#include "settings/ConfigManager.h"
+
+StockRenderSettings StockRenderSettings::stored(int badgeWidth)
+{
+    const ConfigManager *const config = ConfigManager::instance();
+    StockRenderSettings settings;
+    settings.mainBoardColor = config->getMainBoardColor();
+    settings.gemColor = config->getGemColor();
+    settings.starMarketColor = config->getStarMarketColor();
+    settings.beijingExchangeColor = config->getBeijingExchangeColor();
+    settings.stockCodeNameFontSize = config->getStockCodeNameFontSize();
+    settings.limitUpDetailFontSize = config->getLimitUpDetailFontSize();
+    settings.badgeWidth = badgeWidth;
+    return settings;
+}
