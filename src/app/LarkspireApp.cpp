@@ -5,12 +5,12 @@
 #include "accounts/DeviceIdentity.h"
 #include "accounts/LoginDialog.h"
 #include "accounts/UserInfoDialog.h"
-#include "app/EmptyListHint.h"
 #include "app/MainWindowUi.h"
 #include "app/WindowRules.h"
 #include "desktop/AutoStartManager.h"
 #include "news/CustomNotification.h"
 #include "news/CustomTableWidget.h"
+#include "news/EmptyListHint.h"
 #include "news/KeywordManagerDialog.h"
 #include "news/MainNewsTable.h"
 #include "news/NewsTables.h"
@@ -276,6 +276,12 @@ void LarkspireApp::setupConnections()
             &LarkspireApp::onSearchResultItemClicked);
     connect(m_ui->searchResultsTableWidget, &QTableWidget::cellDoubleClicked, this,
             &LarkspireApp::onSearchResultItemDoubleClicked);
+
+    for (const NewsTableKind kind :
+         {NewsTableKind::Main, NewsTableKind::Interactive, NewsTableKind::Selected, NewsTableKind::Search}) {
+        connect(viewOf(kind).table, &CustomTableWidget::rowReachedByKey, this,
+                [this, kind](int row) { onRowReachedByKey(kind, row); });
+    }
 
     for (QTextBrowser *view : {m_ui->detailsTextEdit, m_ui->interactivePlatformDetailsTextEdit,
                                m_ui->selectedNewsDetailsTextEdit, m_ui->searchDetailsTextEdit})

@@ -232,6 +232,7 @@ private:
     /// Shows the details of the selected rows anew, in the skin of now.
     void redisplayDetails();
     void onItemClicked(NewsTableKind kind, int row);
+    void onRowReachedByKey(NewsTableKind kind, int row);
     /// The row of the live table that shows this item.
     int rowOf(const NewsData &item) const;
     void speakTitle(const NewsData &item);

@@ -166,6 +166,14 @@ void LarkspireApp::onItemClicked(NewsTableKind kind, int row)
         table->showCustomTooltip(item.title, QCursor::pos());
 }
 
+void LarkspireApp::onRowReachedByKey(NewsTableKind kind, int row)
+{
+    // Without details nothing comes up: the tip of a click belongs to the mouse.
+    const QTableWidgetItem *first = viewOf(kind).table->item(row, 0);
+    if (first && m_config.showNewsDetails)
+        showDetails(kind, NewsTables::newsOf(first));
+}
+
 void LarkspireApp::speakTitle(const NewsData &item)
 {
     if (m_config.enableTts && m_speechManager)

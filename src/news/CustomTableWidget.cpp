@@ -5,6 +5,7 @@
 #include "news/TooltipPlacing.h"
 
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QTimer>
 
@@ -85,6 +86,14 @@ void CustomTableWidget::changeEvent(QEvent *event)
     RowHeader *header = rowHeader();
     if (header && (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange))
         header->outdate();
+}
+
+void CustomTableWidget::keyPressEvent(QKeyEvent *event)
+{
+    const int before = currentRow();
+    QTableWidget::keyPressEvent(event);
+    if (currentRow() >= 0 && currentRow() != before)
+        emit rowReachedByKey(currentRow());
 }
 
 void CustomTableWidget::leaveEvent(QEvent *event)

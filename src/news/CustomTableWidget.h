@@ -33,7 +33,13 @@ public:
 
     int sizeHintForRow(int row) const override;
 
+signals:
+    /// A key has made `row` the current one: an arrow, Home, End, a page key, or typing what a cell begins
+    /// with.
+    void rowReachedByKey(int row);
+
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;

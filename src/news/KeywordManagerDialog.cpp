@@ -1,15 +1,18 @@
 #include "news/KeywordManagerDialog.h"
 
+#include "news/EmptyListHint.h"
 #include "news/KeywordRules.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -17,6 +20,7 @@
 #include <QPushButton>
 #include <QSaveFile>
 #include <QTableWidget>
+#include <QTextDocument>
 #include <QTextStream>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -41,6 +45,9 @@ const QString noText = QStringLiteral("否");
 const QString hintTitle = QStringLiteral("提示");
 const QString errorTitle = QStringLiteral("错误");
 const QString fileFilter = QStringLiteral("文本文件 (*.txt);;所有文件 (*)");
+const QString emptyText = QStringLiteral("您的关键词会显示在这里");
+const QString noMatchText = QStringLiteral("没有匹配的关键词，按回车键即可添加");
+const QString unreadableText = QStringLiteral("无法打开文件");
 const QString selectedCaption = QStringLiteral("设为自选新闻关键词");
 
 QDialogButtonBox *okAndCancel(QDialog *dialog)
@@ -59,6 +66,7 @@ KeywordManagerDialog::KeywordManagerDialog(ApiClient *apiClient, QWidget *parent
     : QDialog(parent)
     , m_apiClient(apiClient)
     , m_keywordTable(new QTableWidget(0, 3, this))
+    , m_emptyHint(new EmptyListHint(m_keywordTable, emptyText))
     , m_keywordEdit(new QLineEdit(this))
     , m_addButton(new QPushButton(QStringLiteral("添加"), this))
     , m_removeButton(new QPushButton(QStringLiteral("删除"), this))
@@ -83,6 +91,12 @@ KeywordManagerDialog::KeywordManagerDialog(ApiClient *apiClient, QWidget *parent
     connect(m_keywordEdit, &QLineEdit::textChanged, this, &KeywordManagerDialog::onSearchTextChanged);
     connect(m_keywordTable, &QTableWidget::cellDoubleClicked, this,
             &KeywordManagerDialog::onKeywordDoubleClicked);
+    // A row that is reached by Tab is as good as one that was clicked, and has to look it.
+    connect(m_keywordTable, &QTableWidget::currentCellChanged, m_keywordTable,
+            [table = m_keywordTable](int row) {
+                if (row >= 0 && !table->selectionModel()->isRowSelected(row, QModelIndex()))
+                    table->selectRow(row);
+            });
     connect(m_removeButton, &QPushButton::clicked, this, &KeywordManagerDialog::onRemoveButtonClicked);
     connect(m_editButton, &QPushButton::clicked, this, &KeywordManagerDialog::onEditButtonClicked);
     connect(m_importButton.get(), &QPushButton::clicked, this, &KeywordManagerDialog::onImportButtonClicked);
@@ -117,7 +131,9 @@ void KeywordManagerDialog::buildLayout()
     m_addButton->setDefault(true);
     for (QPushButton *button : {m_removeButton, m_editButton, m_exportButton})
         button->setAutoDefault(false);
+    // It repeats lines of files, of any length: what does not fit is cut, and the window keeps its width.
     m_statusLabel->setTextFormat(Qt::PlainText);
+    m_statusLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_progressBar->setVisible(false);
     m_progressBar->setTextVisible(false);
     QPushButton *closeButton = m_buttonBox->button(QDialogButtonBox::Close);
@@ -157,8 +173,7 @@ void KeywordManagerDialog::buildLayout()
     listLayout->addLayout(buttons);
 
     auto *stateRow = new QHBoxLayout;
-    stateRow->addWidget(m_statusLabel);
-    stateRow->addStretch();
+    stateRow->addWidget(m_statusLabel, 1);
     stateRow->addWidget(m_progressBar);
 
     auto *layout = new QVBoxLayout(this);
@@ -183,6 +198,18 @@ void KeywordManagerDialog::showEvent(QShowEvent *event)
         return;
     m_keywordsLoaded = true;
     loadKeywords();
+}
+
+void KeywordManagerDialog::keyPressEvent(QKeyEvent *event)
+{
+    // Otherwise Return in the list would press the default button, which adds what stands in the field.
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!m_keywordTable->hasFocus() || (!enter && event->key() != Qt::Key_Delete)) {
+        QDialog::keyPressEvent(event);
+        return;
+    }
+    if (m_keywordTable->currentRow() >= 0)
+        (enter ? m_editButton : m_removeButton)->click();
 }
 
 bool KeywordManagerDialog::requireApiClient()
@@ -226,12 +253,15 @@ void KeywordManagerDialog::onKeywordsReceived(const QList<KeywordData> &keywords
     m_requestTimer->stop();
     setBusy(false);
     m_keywords = keywords;
-    fillTable(KeywordRules::filtered(m_keywords, m_keywordEdit->text()));
+    showFiltered();
     m_statusLabel->setText(QStringLiteral("已加载 %1 个关键词").arg(keywords.size()));
 }
 
-void KeywordManagerDialog::fillTable(const QList<KeywordData> &keywords)
+void KeywordManagerDialog::showFiltered()
 {
+    const QString filter = m_keywordEdit->text().trimmed();
+    m_emptyHint->setText(filter.isEmpty() ? emptyText : noMatchText);
+    const QList<KeywordData> keywords = KeywordRules::filtered(m_keywords, filter);
     const bool sorting = m_keywordTable->isSortingEnabled();
     m_keywordTable->setSortingEnabled(false);
     m_keywordTable->setRowCount(0);
@@ -258,7 +288,8 @@ void KeywordManagerDialog::appendRow(const KeywordData &keyword)
 
 void KeywordManagerDialog::onSearchTextChanged(const QString &text)
 {
-    fillTable(KeywordRules::filtered(m_keywords, text));
+    Q_UNUSED(text)
+    showFiltered();
 }
 
 bool KeywordManagerDialog::validateKeyword(const QString &text, int excludeId)
@@ -406,6 +437,7 @@ void KeywordManagerDialog::onRemoveButtonClicked()
     QMessageBox question(QMessageBox::Question, QStringLiteral("确认删除"),
                          QStringLiteral("确定要删除关键词 \"%1\" 吗？").arg(item->text()),
                          QMessageBox::Yes | QMessageBox::No, this);
+    question.setTextFormat(Qt::PlainText);
     question.button(QMessageBox::Yes)->setText(yesText);
     question.button(QMessageBox::No)->setText(noText);
     question.setDefaultButton(QMessageBox::No);
@@ -459,7 +491,10 @@ void KeywordManagerDialog::onApiError(const QString &errorMessage)
                                                 "您可以尝试编辑其状态来禁用该关键词。"));
         return;
     }
-    QMessageBox::warning(this, errorTitle, errorMessage);
+    // The service's words are shown as they are.
+    QMessageBox::warning(this, errorTitle,
+                         Qt::mightBeRichText(errorMessage) ? Qt::convertFromPlainText(errorMessage)
+                                                           : errorMessage);
 }
 
 void KeywordManagerDialog::onExportButtonClicked()
@@ -497,13 +532,18 @@ void KeywordManagerDialog::onImportButtonClicked()
     if (path.isEmpty())
         return;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        QMessageBox::warning(this, errorTitle, QStringLiteral("无法打开文件"));
+    // Nothing but a file: opening a pipe would wait for somebody to write into it.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        QMessageBox::warning(this, errorTitle, unreadableText);
         return;
     }
-    // One byte more than allowed is enough to tell that a file, or an endless device, is too large.
-    const KeywordRules::FileContents contents =
-        KeywordRules::readFile(file.read(KeywordRules::maximumFileBytes + 1));
+    // One byte more than allowed is enough to tell that a file is too large.
+    const QByteArray bytes = file.read(KeywordRules::maximumFileBytes + 1);
+    if (file.error() != QFile::NoError) {
+        QMessageBox::warning(this, errorTitle, unreadableText);
+        return;
+    }
+    const KeywordRules::FileContents contents = KeywordRules::readFile(bytes);
     if (!contents.fault.isEmpty()) {
         QMessageBox::warning(this, errorTitle, contents.fault);
         return;

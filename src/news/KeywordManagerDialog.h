@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class EmptyListHint;
 class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
@@ -20,6 +21,8 @@ class QTimer;
 
 /// Edits the list of keywords that lives on the news service; matching happens there. Made for one exec().
 /// The list is loaded when the dialog is first shown.
+///
+/// Beside the buttons: Return in the list edits its row, Delete asks to delete it.
 class KeywordManagerDialog final : public QDialog
 {
     Q_OBJECT
@@ -33,6 +36,7 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void onAddButtonClicked();
@@ -53,7 +57,8 @@ private:
     void buildLayout();
     void loadKeywords();
     void setBusy(bool busy);
-    void fillTable(const QList<KeywordData> &keywords);
+    /// Shows those of all keywords that the text in the field lets through.
+    void showFiltered();
     void appendRow(const KeywordData &keyword);
     int currentRowOrWarning(const QString &warning);
     bool requireApiClient();
@@ -63,6 +68,7 @@ private:
 
     QPointer<ApiClient> m_apiClient;
     QTableWidget *m_keywordTable;
+    EmptyListHint *m_emptyHint;
     QLineEdit *m_keywordEdit; ///< input and filter in one
     QPushButton *m_addButton;
     QPushButton *m_removeButton;

@@ -85,6 +85,8 @@ void setUpTable(CustomTableWidget *table, NewsTableKind kind)
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Tab goes on to the next field; within the list the arrows go.
+    table->setTabKeyNavigation(false);
     table->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
 
     QHeaderView *columns = table->horizontalHeader();

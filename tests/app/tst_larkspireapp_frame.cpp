@@ -1,7 +1,7 @@
 #include "app/AppTestSupport.h"
-#include "app/EmptyListHint.h"
 #include "app/LarkspireAppPeer.h"
 #include "desktop/AutoStartManager.h"
+#include "news/EmptyListHint.h"
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"

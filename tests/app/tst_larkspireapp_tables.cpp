@@ -2,6 +2,7 @@
 #include "app/LarkspireAppPeer.h"
 #include "news/CustomTableWidget.h"
 #include "news/CustomTooltipWidget.h"
+#include "news/NewsTables.h"
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
@@ -56,6 +57,11 @@ private slots:
     void rowBuildersFillTheirTables();
     void clickShowsTheDetails_data();
     void clickShowsTheDetails();
+    void detailsFollowTheKeyboard_data();
+    void detailsFollowTheKeyboard();
+    void withDetailsOffTheKeyboardShowsNothing();
+    void tabLeavesATable_data();
+    void tabLeavesATable();
     void clickWithDetailsOffShowsATip_data();
     void clickWithDetailsOffShowsATip();
     void clickOnAnEmptyRowDoesNothing();
@@ -229,6 +235,63 @@ void TestLarkspireAppTables::clickShowsTheDetails()
     QVERIFY(details->toPlainText().contains(QStringLiteral("丙")));
     QVERIFY(details->toPlainText().contains(keywordWord));
     QVERIFY(table(name)->item(0, 0)->isSelected());
+}
+
+void TestLarkspireAppTables::detailsFollowTheKeyboard_data()
+{
+    tablesAndDetails();
+}
+
+void TestLarkspireAppTables::detailsFollowTheKeyboard()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, view);
+    fill(name);
+    showPageOf(table(name));
+    const auto *details = m_window->findChild<QTextBrowser *>(view);
+    QTest::mouseClick(table(name)->viewport(), Qt::LeftButton, Qt::KeyboardModifiers(),
+                      titleOf(table(name), 0));
+    const auto shown = [this, &name, details](int row) {
+        const NewsData item = NewsTables::newsAt(table(name), row);
+        return table(name)->item(row, 0)->isSelected() && details->toPlainText().contains(item.content);
+    };
+    QVERIFY(shown(0));
+    const QList<QPair<Qt::Key, int>> presses{{Qt::Key_Down, 1}, {Qt::Key_Down, 2},   {Qt::Key_Down, 2},
+                                             {Qt::Key_Up, 1},   {Qt::Key_PageUp, 0}, {Qt::Key_PageDown, 2}};
+    for (const auto &[key, row] : presses) {
+        QTest::keyClick(table(name), key);
+        QVERIFY2(shown(row), qPrintable(QString::number(row)));
+    }
+}
+
+void TestLarkspireAppTables::withDetailsOffTheKeyboardShowsNothing()
+{
+    LarkspireAppPeer::config(*m_window).showNewsDetails = false;
+    auto *main = table(QStringLiteral("newsTableWidget"));
+    fill(main->objectName());
+    main->setCurrentCell(0, 0);
+    QTest::keyClick(main, Qt::Key_Down);
+    QCOMPARE(main->currentRow(), 1);
+    QVERIFY(m_window->findChild<QTextBrowser *>(QStringLiteral("detailsTextEdit"))->toPlainText().isEmpty());
+    QVERIFY(!main->findChild<CustomTooltipWidget *>()->isVisible());
+}
+
+void TestLarkspireAppTables::tabLeavesATable_data()
+{
+    tablesAndDetails();
+}
+
+void TestLarkspireAppTables::tabLeavesATable()
+{
+    QFETCH(QString, name);
+    fill(name);
+    showPageOf(table(name));
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    table(name)->setFocus();
+    QVERIFY(table(name)->hasFocus());
+    QTest::keyClick(table(name), Qt::Key_Tab);
+    QVERIFY(!table(name)->hasFocus());
 }
 
 void TestLarkspireAppTables::clickWithDetailsOffShowsATip_data()

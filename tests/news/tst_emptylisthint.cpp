@@ -1,4 +1,4 @@
-#include "app/EmptyListHint.h"
+#include "news/EmptyListHint.h"
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
@@ -11,6 +11,7 @@ class TestEmptyListHint : public QObject
 
 private slots:
     void showsWhileTheListIsEmpty();
+    void canSaySomethingElse();
     void coversTheWholeListAndLetsTheMouseThrough();
     void isDrawnInBothSkins_data();
     void isDrawnInBothSkins();
@@ -29,6 +30,18 @@ void TestEmptyListHint::showsWhileTheListIsEmpty()
     QVERIFY(hint->isHidden());
     table.setRowCount(0);
     QVERIFY(!hint->isHidden());
+}
+
+void TestEmptyListHint::canSaySomethingElse()
+{
+    QTableWidget table(0, 1);
+    auto *hint = new EmptyListHint(&table, QStringLiteral("还没有新闻"));
+    hint->setText(QStringLiteral("没有匹配的新闻"));
+    QCOMPARE(hint->text(), QStringLiteral("没有匹配的新闻"));
+    QCOMPARE(hint->accessibleName(), QStringLiteral("没有匹配的新闻"));
+    table.insertRow(0);
+    hint->setText(QStringLiteral("还没有新闻"));
+    QVERIFY(hint->isHidden());
 }
 
 void TestEmptyListHint::coversTheWholeListAndLetsTheMouseThrough()

@@ -18,6 +18,8 @@ public:
     Q_DISABLE_COPY_MOVE(EmptyListHint)
 
     QString text() const { return m_text; }
+    /// Says something else from now on.
+    void setText(const QString &text);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -1,4 +1,4 @@
-#include "app/EmptyListHint.h"
+#include "news/EmptyListHint.h"
 
 #include "settings/SkinLightness.h"
 
@@ -19,6 +19,13 @@ EmptyListHint::EmptyListHint(QAbstractItemView *view, const QString &text)
     connect(m_model, &QAbstractItemModel::modelReset, this, &EmptyListHint::followRows);
     setGeometry(view->viewport()->rect());
     followRows();
+}
+
+void EmptyListHint::setText(const QString &text)
+{
+    m_text = text;
+    setAccessibleName(text);
+    update();
 }
 
 bool EmptyListHint::eventFilter(QObject *watched, QEvent *event)
