@@ -1,6 +1,7 @@
 #include "linkage/StandIn.h"
 
 #include <QElapsedTimer>
+#include <QtTest>
 
 #include <algorithm>
 
@@ -19,9 +20,19 @@ StandIn::~StandIn()
     kill();
 }
 
-bool StandIn::isReady(int timeoutMs)
+bool StandIn::isUp(PlatformOperations &operations, int timeoutMs)
 {
-    return waitFor([](const QByteArray &line) { return line.startsWith("ready "); }, timeoutMs);
+    if (!waitFor([](const QByteArray &line) { return line.startsWith("ready "); }, timeoutMs))
+        return false;
+    const auto isOnScreen = [&] {
+        bool found = false;
+        operations.walkWindows([&](WindowHandle window) {
+            found = operations.windowProcessId(window) == pid() && operations.isWindowVisible(window);
+            return !found;
+        });
+        return found;
+    };
+    return QTest::qWaitFor(isOnScreen, timeoutMs);
 }
 
 void StandIn::orderWithoutWaiting(const QByteArray &line)

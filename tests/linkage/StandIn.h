@@ -1,5 +1,7 @@
 #pragma once
 
+#include "linkage/PlatformOperations.h"
+
 #include <QProcess>
 #include <QStringList>
 
@@ -16,8 +18,10 @@ public:
     ~StandIn();
     Q_DISABLE_COPY_MOVE(StandIn)
 
-    /// Waits until the program is up; false after `timeoutMs`.
-    bool isReady(int timeoutMs = 30000);
+    /// Waits until the program is up and its window on screen; false after `timeoutMs` of either. A program
+    /// that dies while the window manager takes its window in would leave a ghost there, and the next
+    /// program's window, which is given the same id, would never be shown.
+    bool isUp(PlatformOperations &operations, int timeoutMs = 30000);
     quint32 pid() const { return quint32(m_process.processId()); }
 
     /// Gives an order and waits until it is answered; false after `timeoutMs`, or if it is unknown.

@@ -35,7 +35,7 @@ private slots:
     void aCodeSentToThsArrivesAndIsShown()
     {
         StandIn program(hexin, {QStringLiteral("--code"), QStringLiteral("601318")}, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(*m_reading));
         ProcessUtils reader(*m_reading);
         QVERIFY(reader.setThsOffset(QString::number(Layout::thsPointerOffset, 16)));
         StockCodeSender sender(*m_sending);
@@ -58,7 +58,7 @@ private slots:
     {
         StandIn first(tdxw, {QStringLiteral("--code"), QStringLiteral("601318")}, launcher);
         StandIn second(tdxw, {QStringLiteral("--code"), QStringLiteral("002594")}, launcher);
-        QVERIFY(first.isReady() && second.isReady());
+        QVERIFY(first.isUp(*m_reading) && second.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         for (const char *digits : codes) {
             const QString code = QString::fromLatin1(digits);
@@ -82,7 +82,7 @@ private slots:
     void aLongerCodeIsCutOnItsWayToThs()
     {
         StandIn program(hexin, {}, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         program.orderWithoutWaiting("state");
         QVERIFY(sender.sendToThs(QStringLiteral("00000199")));
@@ -92,7 +92,7 @@ private slots:
     void aBroadcastReachesTheOtherProgramWithoutHarm()
     {
         StandIn program(hexin, {}, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         QVERIFY(sender.sendToTdx(QStringLiteral("000001")));
         QVERIFY(program.order("state"));
@@ -102,13 +102,13 @@ private slots:
     void withoutThsSendingFailsWithItsText()
     {
         StandIn other(tdxw, {}, launcher);
-        QVERIFY(other.isReady());
+        QVERIFY(other.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         SignalLog signalLog(sender);
         QVERIFY(!sender.sendToThs(QStringLiteral("600519")));
         {
             StandIn program(hexin, {}, launcher);
-            QVERIFY(program.isReady());
+            QVERIFY(program.isUp(*m_reading));
             QVERIFY(sender.sendToThs(QStringLiteral("600519")));
         }
         QTRY_VERIFY(!sender.sendToThs(QStringLiteral("600519")));
@@ -121,7 +121,7 @@ private slots:
     void sendingWaitsForAProgramThatIsBusy()
     {
         StandIn program(hexin, {}, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         QVERIFY(sender.sendToThs(QStringLiteral("600036")));
         program.orderWithoutWaiting("hang 1500");
@@ -138,7 +138,7 @@ private slots:
     void aProgramThatDiesWhileItIsSentToEndsTheWait()
     {
         StandIn program(hexin, {}, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         QVERIFY(sender.sendToThs(QStringLiteral("600036")));
         program.orderWithoutWaiting("hang 600000");
@@ -150,7 +150,7 @@ private slots:
         killer.join();
         QVERIFY2(elapsed.elapsed() < 60000, qPrintable(QString::number(elapsed.elapsed())));
         StandIn another(hexin, {}, launcher);
-        QVERIFY(another.isReady());
+        QVERIFY(another.isUp(*m_reading));
         QTRY_VERIFY(sender.sendToThs(QStringLiteral("000001")));
         QVERIFY(another.waitForLine("received 000001"));
     }
@@ -159,7 +159,7 @@ private slots:
     {
         StandIn tdx(tdxw, {}, launcher);
         StandIn ths(hexin, {}, launcher);
-        QVERIFY(tdx.isReady() && ths.isReady());
+        QVERIFY(tdx.isUp(*m_reading) && ths.isUp(*m_reading));
         StockCodeSender sender(*m_sending);
         QVERIFY(sender.sendToThs(QStringLiteral("000001")));
         QVERIFY(sender.sendToTdx(QStringLiteral("000001")));

@@ -76,7 +76,7 @@ private slots:
         QFETCH(Side, side);
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         QCOMPARE(tick(utils, side), QStringLiteral("600519"));
@@ -103,7 +103,7 @@ private slots:
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments + QStringList{QStringLiteral("--timer"), QStringLiteral("5")},
                         launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         QSet<QString> seen;
@@ -124,7 +124,7 @@ private slots:
         QFETCH(Side, side);
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         QCOMPARE(tick(utils, side), QStringLiteral("600519"));
@@ -150,13 +150,13 @@ private slots:
         QVERIFY(tick(utils, side).isNull());
         {
             StandIn program(side.program, arguments, launcher);
-            QVERIFY(program.isReady());
+            QVERIFY(program.isUp(m_operations));
             QCOMPARE(tick(utils, side), QStringLiteral("600519"));
         }
         StandIn program(side.program,
                         arguments + QStringList{QStringLiteral("--code"), QStringLiteral("000858")},
                         launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         QVERIFY(tick(utils, side).isNull());
         QCOMPARE(tick(utils, side), QStringLiteral("000858"));
         QCOMPARE(tick(utils, side), QStringLiteral("000858"));
@@ -172,14 +172,14 @@ private slots:
                       arguments + QStringList{QStringLiteral("--code"), QStringLiteral("601318")}, launcher);
         StandIn second(side.program,
                        arguments + QStringList{QStringLiteral("--code"), QStringLiteral("002594")}, launcher);
-        QVERIFY(first.isReady() && second.isReady());
+        QVERIFY(first.isUp(m_operations) && second.isUp(m_operations));
         ProcessUtils utils(m_operations);
         const auto bothAreOnScreen = [&] {
             const QList<ProcessInstance> instances = (utils.*side.list)();
             return instances.size() == 2 && !instances[0].windowTitle.isEmpty() &&
                    !instances[1].windowTitle.isEmpty();
         };
-        QTRY_VERIFY_WITH_TIMEOUT(bothAreOnScreen(), 30000);
+        QTRY_VERIFY(bothAreOnScreen()); // by their titles now
         for (const ProcessInstance &instance : (utils.*side.list)()) {
             QVERIFY(instance.pid == first.pid() || instance.pid == second.pid());
             const QString code =
@@ -202,7 +202,7 @@ private slots:
         QFETCH(Side, side);
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         QCOMPARE(tick(utils, side), QStringLiteral("600519"));
@@ -230,7 +230,7 @@ private slots:
         QFETCH(Side, side);
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         program.orderWithoutWaiting("hang 600000");
@@ -248,7 +248,7 @@ private slots:
         QFETCH(Side, side);
         QFETCH(QStringList, arguments);
         StandIn program(side.program, arguments, launcher);
-        QVERIFY(program.isReady());
+        QVERIFY(program.isUp(m_operations));
         ProcessUtils utils(m_operations);
         QVERIFY((utils.*side.setOffset)(side.offset));
         QCOMPARE(tick(utils, side), QStringLiteral("600519"));
@@ -262,7 +262,7 @@ private slots:
     {
         StandIn tdx(tdxSide.program, {}, launcher);
         StandIn ths(thsSide.program, {}, launcher);
-        QVERIFY(tdx.isReady() && ths.isReady());
+        QVERIFY(tdx.isUp(m_operations) && ths.isUp(m_operations));
         ProcessUtils utils(m_operations);
         utils.tdxPid = tdx.pid(); // by id, as the walk through the process list is the same each time
         utils.thsPid = ths.pid();
@@ -285,7 +285,7 @@ private slots:
         const LogCapture log; // what is missing of a dying process differs
         for (int round = 0; round < 8; ++round) {
             StandIn program(side.program, arguments, launcher);
-            QVERIFY(program.isReady());
+            QVERIFY(program.isUp(m_operations));
             ProcessUtils utils(m_operations);
             QVERIFY((utils.*side.setOffset)(side.offset));
             QCOMPARE(tick(utils, side), QStringLiteral("600519"));
