@@ -47,8 +47,8 @@ endfunction()
 # A Qt Test program under CTest. Without DISPLAY it runs on the offscreen platform; with DISPLAY it runs
 # on a virtual X server of its own with a window manager and a tray, with WAYLAND on a compositor of its own. With
 # SOUND it runs beside a sound server of its own and carries the label "sound". With PROCESSES it sees no process
-# but its own. With WINE it has a Wine session and the programs of the Windows side; where there is no Windows side
-# it is reported as skipped.
+# but its own; as not every machine allows that, no two such tests run at a time. With WINE it has a Wine session and
+# the programs of the Windows side; where there is no Windows side it is reported as skipped.
 function(larkspire_test name)
   cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES;WINE" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -84,8 +84,12 @@ function(larkspire_test name)
     TIMEOUT ${ARG_TIMEOUT}
     LABELS "${ARG_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;UBSAN_OPTIONS=print_stacktrace=1;ASAN_OPTIONS=intercept_strstr=0")
+  if(ARG_PROCESSES)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK processes)
+  endif()
   if(ARG_WINE)
-    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK wine SKIP_RETURN_CODE 77)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK wine)
+    set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77)
   endif()
 endfunction()
 
@@ -124,7 +128,7 @@ function(larkspire_windows_test name)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT ${ARG_TIMEOUT}
     LABELS wine
-    RESOURCE_LOCK wine
+    RESOURCE_LOCK "processes;wine"
     SKIP_RETURN_CODE 77
     ENVIRONMENT "LC_ALL=C.UTF-8")
 endfunction()

@@ -8,7 +8,7 @@
 
 /// The memory of a native stand-in, laid out as the memory of the Windows program it stands for: files with
 /// the names of its modules, mapped from their headers on, and the text of the open stock where the real
-/// program keeps it. The files are made in a folder of their own, which goes with the object.
+/// program keeps it. The files are made in the folder "modules" beside the program, and stay there.
 class TargetMemory
 {
 public:
