@@ -100,6 +100,40 @@ CREATE INDEX news_by_time ON news(published_at DESC, seq DESC);
 CREATE INDEX news_by_id ON news(id);
 CREATE INDEX news_interactive ON news(published_at DESC, seq DESC) WHERE is_interactive = 1;
 )sql",
+    R"sql(
+CREATE TABLE linkage_configs(
+    user_id INTEGER PRIMARY KEY REFERENCES users(id) ON DELETE CASCADE,
+    current_software TEXT NOT NULL,
+    tdx_version TEXT NOT NULL,
+    ths_version TEXT NOT NULL,
+    tdx_offset TEXT NOT NULL,
+    ths_offset TEXT NOT NULL,
+    updated_at INTEGER NOT NULL
+);
+
+CREATE TABLE blacklist(
+    user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+    stock_code TEXT NOT NULL,
+    stock_name TEXT NOT NULL,
+    reason_type INTEGER NOT NULL,
+    custom_reason TEXT NOT NULL,
+    created_at INTEGER NOT NULL,
+    PRIMARY KEY(user_id, stock_code)
+) WITHOUT ROWID;
+
+CREATE TABLE move_analyses(
+    user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+    stock_code TEXT NOT NULL,
+    trade_date TEXT NOT NULL,
+    stock_name TEXT NOT NULL,
+    title TEXT NOT NULL,
+    publish_time TEXT NOT NULL,
+    content TEXT NOT NULL,
+    source_url TEXT NOT NULL,
+    saved_at INTEGER NOT NULL,
+    PRIMARY KEY(user_id, stock_code, trade_date)
+) WITHOUT ROWID;
+)sql",
 };
 
 } // namespace

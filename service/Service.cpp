@@ -11,9 +11,9 @@ namespace service {
 
 namespace {
 
-/// Seed of the feed when none is given: a run without a seed need not be repeatable, but its news must not
-/// depend on chance either.
-constexpr std::uint64_t usualFeedSeed = 20240808;
+/// Seed of the market and the feed when none is given: a run without a seed need not be repeatable, but its
+/// news must not depend on chance either.
+constexpr std::uint64_t usualSeed = 20240808;
 
 struct DemoKeyword
 {
@@ -46,7 +46,8 @@ void writePortFile(const std::string &file, int port)
 Service::Service(const Options &options)
     : m_database(options.databaseFile)
     , m_stores(m_database, m_clock, options.seed)
-    , m_generator(options.seed.value_or(usualFeedSeed), options.oddities)
+    , m_market(options.seed.value_or(usualSeed))
+    , m_generator(options.seed.value_or(usualSeed), options.oddities)
     , m_feed(m_database, m_stores.news, m_clock, m_statistics, m_generator)
     , m_identification(m_stores.accounts, m_stores.devices, m_stores.sessions, m_clock,
                        static_cast<std::size_t>(options.requestsPerMinute))
@@ -54,6 +55,7 @@ Service::Service(const Options &options)
     , m_userRoutes(m_stores)
     , m_newsRoutes(m_stores, m_clock, m_statistics)
     , m_keywordRoutes(m_stores)
+    , m_stockRoutes(m_stores, m_clock, m_market)
     , m_adminRoutes(m_stores, m_clock, m_feed, m_faults, m_statistics)
     , m_router([this](const Request &request) { return m_identification.identify(request); })
     , m_server(m_router)
@@ -67,6 +69,7 @@ Service::Service(const Options &options)
     m_userRoutes.addTo(m_router);
     m_newsRoutes.addTo(m_router);
     m_keywordRoutes.addTo(m_router);
+    m_stockRoutes.addTo(m_router);
     m_adminRoutes.addTo(m_router);
     m_feed.writeHistory(options.history);
     createDemoAccount(options);

@@ -9,9 +9,11 @@
 #include "service/HttpServer.h"
 #include "service/Identification.h"
 #include "service/KeywordRoutes.h"
+#include "service/Market.h"
 #include "service/NewsRoutes.h"
 #include "service/Relay.h"
 #include "service/Statistics.h"
+#include "service/StockRoutes.h"
 #include "service/Stores.h"
 #include "service/UserRoutes.h"
 
@@ -46,6 +48,7 @@ private:
     Stores m_stores;
     Statistics m_statistics;
     FaultPlan m_faults;
+    Market m_market;
     FeedGenerator m_generator;
     FeedPublisher m_feed;
     Identification m_identification;
@@ -53,6 +56,7 @@ private:
     UserRoutes m_userRoutes;
     NewsRoutes m_newsRoutes;
     KeywordRoutes m_keywordRoutes;
+    StockRoutes m_stockRoutes;
     AdminRoutes m_adminRoutes;
     Router m_router;
     HttpServer m_server;

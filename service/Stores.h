@@ -3,6 +3,7 @@
 #include "service/Accounts.h"
 #include "service/Devices.h"
 #include "service/Keywords.h"
+#include "service/LinkageConfigs.h"
 #include "service/NewsStore.h"
 #include "service/SecretSource.h"
 #include "service/Sessions.h"
@@ -25,6 +26,7 @@ struct Stores
         , tickets(database, clock, secrets)
         , keywords(database, clock)
         , news(database, clock)
+        , linkageConfigs(database, clock)
     {}
     Stores(const Stores &) = delete;
     Stores &operator=(const Stores &) = delete;
@@ -37,6 +39,7 @@ struct Stores
     WechatTickets tickets;
     Keywords keywords;
     NewsStore news;
+    LinkageConfigs linkageConfigs;
 };
 
 } // namespace service
