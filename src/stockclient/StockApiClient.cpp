@@ -243,7 +243,7 @@ QNetworkRequest StockApiClient::createRequest(const QString &path) const
 
 bool StockApiClient::isRefused(const QNetworkRequest &request, const QString &requestType)
 {
-    if (!request.url().isEmpty())
+    if (request.url().isValid())
         return false;
     emit queryError(notCreatedText(), typeOfRefusal(requestType));
     return true;

@@ -15,6 +15,8 @@ SignalLog::SignalLog(QObject &object, const Describer &describer) : m_describer(
         const QMetaMethod method = type.method(index);
         if (method.methodType() != QMetaMethod::Signal)
             continue;
+        if (method.attributes() & QMetaMethod::Cloned) // the same signal without its default arguments
+            continue;
         Source source;
         source.name = QString::fromLatin1(method.name());
         for (int i = 0; i < method.parameterCount(); ++i) {
