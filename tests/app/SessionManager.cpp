@@ -16,6 +16,7 @@ struct SessionManager::Protocol
 {
     int listenerCount = 0;
     IceListenObj *listeners = nullptr;
+    std::vector<IceConn> connections;
     std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
     std::vector<SmsConn> members;
     int saved = 0;
@@ -138,6 +139,7 @@ void SessionManager::Protocol::accept(IceListenObj listener)
     IceConn connection = IceAcceptConnection(listener, &status);
     if (!connection)
         return;
+    connections.push_back(connection);
     auto notifier = std::make_unique<QSocketNotifier>(IceConnectionNumber(connection), QSocketNotifier::Read);
     QSocketNotifier *raw = notifier.get();
     QObject::connect(raw, &QSocketNotifier::activated, raw, [connection, raw] { process(connection, raw); });
@@ -168,6 +170,12 @@ SessionManager::SessionManager() : m_protocol(std::make_unique<Protocol>())
 SessionManager::~SessionManager()
 {
     m_protocol->notifiers.clear();
+    for (SmsConn member : m_protocol->members)
+        SmsCleanUp(member);
+    for (IceConn connection : m_protocol->connections) {
+        IceSetShutdownNegotiation(connection, False);
+        IceCloseConnection(connection);
+    }
     if (m_protocol->listeners)
         IceFreeListenObjs(m_protocol->listenerCount, m_protocol->listeners);
 }

@@ -38,10 +38,10 @@ private slots:
     {
         QFETCH(int, number);
         const TerminationSignals terminationSignals;
-        QTimer::singleShot(0, qApp, [number] { ::raise(number); });
+        QTimer::singleShot(0, this, [number] { ::raise(number); });
         QTimer guard;
         guard.setSingleShot(true);
-        connect(&guard, &QTimer::timeout, qApp, [] { QCoreApplication::exit(1); });
+        connect(&guard, &QTimer::timeout, this, [] { QCoreApplication::exit(1); });
         guard.start(20000);
         QCOMPARE(QCoreApplication::exec(), 0);
     }
