@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # Sourced by ./run on a virtual display: waits until news, or the question for a login, is really on screen and takes
 # the pictures.
-# shellcheck disable=SC2154  # state, url and desktop are set by ./run
+# shellcheck disable=SC2154  # state, url, standin and desktop are set by ./run
 
 main_window() { xdotool search --onlyvisible --name '^云雀资讯$' 2>/dev/null | head -n 1; }
 main_window_visible() { [ -n "$(main_window)" ]; }
@@ -35,6 +35,20 @@ publish_keyword_item() {
 # The desktop lives as long as the wait makes sense.
 or_desktop_gone() { "$@" || ! kill -0 "$desktop" 2>/dev/null; }
 
+trading_program() { xdotool search --all --onlyvisible --pid "$standin" --name '通达信.* 600519' 2>/dev/null | head -n 1; }
+trading_program_visible() { [ -n "$(trading_program)" ]; }
+# To the left, where nothing else comes up.
+place_trading_program() {
+    wait_until 10 trading_program_visible || fail "the stand-in shows no stock; see $state/trading-program.log"
+    xdotool windowmove --sync "$(trading_program)" 60 300 || fail "the stand-in's window could not be moved"
+}
+trading_program_painted() { [ "$(import -silent -window "$(trading_program)" -format '%k' info: 2>/dev/null || echo 0)" -gt 20 ]; }
+show_trading_program() {
+    wait_until 10 trading_program_painted || fail "the stand-in's window stayed empty"
+    import -silent -window "$(trading_program)" "$PWD/$state/trading-program.png" || fail "no picture of the stand-in could be taken"
+    echo "$PWD/$state/trading-program.png"
+}
+
 prompt() { xdotool search --onlyvisible --name '^选择登录方式$' 2>/dev/null | head -n 1; }
 prompt_visible() { [ -n "$(prompt)" ]; }
 prompt_painted() { [ "$(import -silent -window "$(prompt)" -format '%k' info: 2>/dev/null || echo 0)" -gt 100 ]; }
@@ -53,6 +67,7 @@ show_first_prompt() {
 
 show_first_news() {
     local picture
+    place_trading_program
     say "Waiting for the login"
     wait_until 60 or_desktop_gone main_window_visible || fail "no window within 60 seconds; see $state/desktop.log"
     kill -0 "$desktop" 2>/dev/null || fail "the desktop ended: $(tail -n 1 "$state/desktop.log")"
@@ -68,4 +83,5 @@ show_first_news() {
     import -silent -window root "$PWD/$state/popup.png" || fail "no picture of the screen could be taken"
     echo "$picture"
     echo "$PWD/$state/popup.png"
+    show_trading_program
 }
