@@ -122,6 +122,20 @@ const std::map<std::string, Industry> &industries()
     return table;
 }
 
+/// Concepts that go together, split by blanks: a company of one of them is often in another one as well.
+constexpr const char *families[] = {
+    "人工智能 算力 光模块 数据要素 信创 传媒游戏 金融科技 物联网",
+    "半导体 先进封装 存储芯片 印制电路板 消费电子 物联网 智能驾驶",
+    "固态电池 储能 锂矿 光伏 氢能源 电网设备 智能驾驶",
+    "机器人 高端装备 智能驾驶 低空经济 稀土永磁",
+    "军工 军工电子 商业航天 低空经济 船舶海工 可控核聚变 高端装备",
+    "电力 核电 电网设备 可控核聚变 国企改革 高股息",
+    "有色金属 稀土永磁 锂矿 国企改革 高股息",
+    "创新药 生物医药 医疗器械 合成生物 中药 医美",
+    "大消费 白酒 农业 旅游 医美 跨境电商",
+    "高股息 国企改革 金融科技 数据要素 跨境电商",
+};
+
 const Concept *conceptNamed(const std::string &name)
 {
     const auto &catalogue = conceptCatalogue();
@@ -130,9 +144,33 @@ const Concept *conceptNamed(const std::string &name)
     return found == catalogue.end() ? nullptr : &*found;
 }
 
+/// The concepts of a list of names with blanks between them.
+std::vector<const Concept *> conceptsNamed(const std::string &names)
+{
+    std::vector<const Concept *> concepts;
+    for (std::size_t start = 0; start < names.size();) {
+        const std::size_t end = std::min(names.find(' ', start), names.size());
+        if (const Concept *theme = conceptNamed(names.substr(start, end - start)))
+            concepts.push_back(theme);
+        start = end + 1;
+    }
+    return concepts;
+}
+
+/// The first family that a concept belongs to.
+std::vector<const Concept *> familyOf(const Concept *theme)
+{
+    for (const char *names : families) {
+        std::vector<const Concept *> family = conceptsNamed(names);
+        if (std::find(family.begin(), family.end(), theme) != family.end())
+            return family;
+    }
+    return {theme};
+}
+
 void append(std::vector<const Concept *> &concepts, const Concept *theme)
 {
-    if (theme && std::find(concepts.begin(), concepts.end(), theme) == concepts.end())
+    if (std::find(concepts.begin(), concepts.end(), theme) == concepts.end())
         concepts.push_back(theme);
 }
 
@@ -197,22 +235,16 @@ const std::vector<Concept> &conceptCatalogue()
 
 std::vector<const Concept *> conceptsOf(const Stock &stock)
 {
-    std::vector<const Concept *> concepts;
     const auto industry = industries().find(stock.industry);
-    if (industry == industries().end())
-        return concepts;
-    const std::string names = industry->second.concepts;
-    for (std::size_t start = 0; start < names.size();) {
-        const std::size_t end = std::min(names.find(' ', start), names.size());
-        append(concepts, conceptNamed(names.substr(start, end - start)));
-        start = end + 1;
-    }
+    std::vector<const Concept *> concepts =
+        conceptsNamed(industry == industries().end() ? "" : industry->second.concepts);
     // A line of business that no concept takes up stays without one; the others have a few more by chance.
     if (concepts.empty())
         return concepts;
+    const std::vector<const Concept *> family = familyOf(concepts.front());
     Dice dice = diceFor(stock, 1);
     for (std::int64_t more = dice.between(0, 3); more > 0; --more)
-        append(concepts, &dice.of(conceptCatalogue()));
+        append(concepts, dice.of(family));
     return concepts;
 }
 

@@ -198,12 +198,14 @@ DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &conc
     const std::int64_t scale = limit == 10 ? 100 : 100 + limit * 2;
 
     // Out of a thousand; rarer where the way to the limit is longer.
-    std::int64_t touchChance = boards == 0 ? (hot ? 120 : 14) : (hot ? 700 : 520);
+    std::int64_t touchChance = boards == 0 ? (hot ? 130 : 22) : (hot ? 750 : 600);
     if (boards >= 7)
         touchChance = 250;
-    if (boards == 0)
-        touchChance = touchChance * liveliness(stock) / 100 *
-                      std::clamp<std::int64_t>(stock.usualPrice * 100 / previousClose, 15, 130) / 100;
+    // The dearer it has become, the harder it goes on.
+    const std::int64_t cheapness = stock.usualPrice * 100 / previousClose;
+    touchChance = boards == 0 ? touchChance * liveliness(stock) / 100 *
+                                    std::clamp<std::int64_t>(cheapness, 15, 130) / 100
+                              : touchChance * std::clamp<std::int64_t>(cheapness, 70, 110) / 100;
     touchChance = touchChance * (limit == 10 ? 10 : limit == 20 ? 5 : 3) / 10;
     const std::int64_t fallChance = boards >= 2 ? 80 : 2;
     const std::int64_t roll = dice.between(1, 1000);

@@ -2,6 +2,7 @@
 
 #include "service/AdminRoutes.h"
 #include "service/AuthRoutes.h"
+#include "service/BlacklistRoutes.h"
 #include "service/Database.h"
 #include "service/FaultPlan.h"
 #include "service/FeedGenerator.h"
@@ -57,6 +58,7 @@ private:
     NewsRoutes m_newsRoutes;
     KeywordRoutes m_keywordRoutes;
     StockRoutes m_stockRoutes;
+    BlacklistRoutes m_blacklistRoutes;
     AdminRoutes m_adminRoutes;
     Router m_router;
     HttpServer m_server;

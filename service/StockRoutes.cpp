@@ -1,7 +1,9 @@
 #include "service/StockRoutes.h"
 
+#include "service/Concepts.h"
 #include "service/ServiceError.h"
 #include "service/SoftwareList.h"
+#include "service/StockCatalogue.h"
 #include "service/StockQuestion.h"
 #include "service/Stores.h"
 
@@ -23,6 +25,7 @@ void StockRoutes::addTo(Router &router)
                [this](const Call &call) { return comprehensive(call); });
     router.add("GET", "/stockhelper/limit_up_stock", Access::Identified,
                [this](const Call &call) { return limitUpDetail(call); });
+    router.add("GET", "/stockhelper/theme_stocks", Access::Identified, &StockRoutes::themes);
 }
 
 Reply StockRoutes::config(const Call &call)
@@ -68,6 +71,24 @@ Reply StockRoutes::limitUpDetail(const Call &call) const
     if (!detail)
         throw ServiceError(404, "NOT FOUND: 没有涨停记录");
     return dataReply(std::move(*detail));
+}
+
+Reply StockRoutes::themes(const Call &call)
+{
+    const std::string code = queryText(call, "code");
+    refuseFaultyCode(code);
+    Json list = Json::array();
+    // A code that nothing is known of belongs to no concept; that is no error.
+    if (const Stock *stock = findStock(code)) {
+        for (const Concept *theme : conceptsOf(*stock)) {
+            list.push_back(Json{{"stock_code", stock->code},
+                                {"stock_name", stock->name},
+                                {"sector_code", theme->code},
+                                {"sector_name", theme->name},
+                                {"desc", roleIn(*theme, *stock)}});
+        }
+    }
+    return dataReply(std::move(list));
 }
 
 } // namespace service

@@ -10,7 +10,8 @@ class Market;
 struct Stock;
 struct Stores;
 
-/// The paths under /stockhelper/: trading programs, the linkage set-up and the records of stocks.
+/// The paths under /stockhelper/: trading programs, the linkage set-up, the records of stocks
+/// and their concepts.
 class StockRoutes final
 {
 public:
@@ -23,6 +24,7 @@ private:
     Reply saveConfig(const Call &call);
     Reply comprehensive(const Call &call) const;
     Reply limitUpDetail(const Call &call) const;
+    static Reply themes(const Call &call);
 
     Stores &m_stores;
     const Clock &m_clock;

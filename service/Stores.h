@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/Accounts.h"
+#include "service/Blacklist.h"
 #include "service/Devices.h"
 #include "service/Keywords.h"
 #include "service/LinkageConfigs.h"
@@ -27,6 +28,7 @@ struct Stores
         , keywords(database, clock)
         , news(database, clock)
         , linkageConfigs(database, clock)
+        , blacklist(database, clock)
     {}
     Stores(const Stores &) = delete;
     Stores &operator=(const Stores &) = delete;
@@ -40,6 +42,7 @@ struct Stores
     Keywords keywords;
     NewsStore news;
     LinkageConfigs linkageConfigs;
+    Blacklist blacklist;
 };
 
 } // namespace service

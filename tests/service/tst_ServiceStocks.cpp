@@ -41,6 +41,9 @@ private slots:
     void aLimitUpOfAFormerDayIsTold();
     void aStockBelowItsLimitHasNone_data();
     void aStockBelowItsLimitHasNone();
+    void conceptsAreToldWhole();
+    void aCodeWithoutConceptsHasAnEmptyList_data();
+    void aCodeWithoutConceptsHasAnEmptyList();
     void everyRecordOfTheCatalogueIsSound();
     void faultsReachThesePaths();
 
@@ -90,6 +93,7 @@ void ServiceStocksTest::onlyKnownCallersGetAnswers_data()
     QTest::newRow("saving") << QByteArray("POST") << QByteArray("/stockhelper/config");
     QTest::newRow("record") << QByteArray("GET")
                             << QByteArray("/stockhelper/stock/comprehensive?code=600519");
+    QTest::newRow("concepts") << QByteArray("GET") << QByteArray("/stockhelper/theme_stocks?code=600519");
     QTest::newRow("limit-up") << QByteArray("GET") << QByteArray("/stockhelper/limit_up_stock?code=600519");
 }
 
@@ -227,17 +231,17 @@ void ServiceStocksTest::aRecordIsToldWhole()
 {"success":true,"data":{
  "basic_info":{"stock_code":"600519","stock_name":"贵州茅台","region":"贵州","industry":"白酒",
   "description":"贵州茅台地处贵州，主要从事白酒的生产与销售，涉及白酒、大消费等概念。",
-  "business":"白酒的生产与销售","market_cap":"19060.42","net_profit":"613.43","report_quarter":"2024Q1",
+  "business":"白酒的生产与销售","market_cap":"18392.36","net_profit":"613.43","report_quarter":"2024Q1",
   "float_shares":"12.56","yoy_growth":"5.99"},
  "limit_stats":{"stock_code":"600519","first_limit_up":0,"first_limit_break":0,"two_consecutive_limit":0,
   "max_consecutive_limit":0,"recent_limit_up_date":"","recent_limit_break_date":"",
-  "consecutive_break_count":0,"thirty_day_gain":"7.03","first_limit_closing_rate":"0.00",
-  "start_date":"2023-08-24","end_date":"2024-08-07","ma5_price":"1499.89","above_ma5":"1",
-  "ma5_consecutive_days":"1","increase_5d":"0.24","pre_rise":"1.95","rsi":"58.30","price_trend":"横盘整理",
-  "trend_signals":"[\u0022站上20日线\u0022]"},
- "opening_data":{"stock_code":"600519","opening_turnover":"0.01","opening_amount":"210724495",
-  "opening_gain":"-0.40","auction_volume_ratio":"0.92","market_activity":"12","actual_date":"2024-08-08",
-  "limit_up_price":"1669.31","limit_down_price":"1365.80","open_price":"1511.48"},
+  "consecutive_break_count":0,"thirty_day_gain":"8.30","first_limit_closing_rate":"0.00",
+  "start_date":"2023-08-24","end_date":"2024-08-07","ma5_price":"1444.42","above_ma5":"1",
+  "ma5_consecutive_days":"1","increase_5d":"0.76","pre_rise":"2.05","rsi":"63.10","price_trend":"横盘整理",
+  "trend_signals":"[]"},
+ "opening_data":{"stock_code":"600519","opening_turnover":"0.01","opening_amount":"203400973",
+  "opening_gain":"-0.37","auction_volume_ratio":"0.92","market_activity":"11","actual_date":"2024-08-08",
+  "limit_up_price":"1610.80","limit_down_price":"1317.92","open_price":"1458.95"},
  "query_time":"2024-08-08 10:30:00"}})"));
 }
 
@@ -271,12 +275,12 @@ void ServiceStocksTest::theRecordMovesWithTheDay()
     QCOMPARE(dates().join(QLatin1Char(' ')), QStringLiteral("2024-08-09 2024-08-08 09:25:00"));
     at(12, 0, 0, 10);
     QCOMPARE(dates().join(QLatin1Char(' ')), QStringLiteral("2024-08-09 2024-08-08 12:00:00"));
-    // 四维图新 reached its limit at 09:38:48.
-    at(9, 38, 47);
-    QVERIFY(textAt(record("code=002405"), "limit_stats.recent_limit_up_date") !=
+    // 长春高新 reached its limit at 09:38:39.
+    at(9, 38, 38);
+    QVERIFY(textAt(record("code=000661"), "limit_stats.recent_limit_up_date") !=
             QStringLiteral("2024-08-08"));
-    at(9, 38, 48);
-    QCOMPARE(textAt(record("code=002405"), "limit_stats.recent_limit_up_date"), QStringLiteral("2024-08-08"));
+    at(9, 38, 39);
+    QCOMPARE(textAt(record("code=000661"), "limit_stats.recent_limit_up_date"), QStringLiteral("2024-08-08"));
 }
 
 void ServiceStocksTest::aDayIsLookedBackTo()
@@ -348,36 +352,36 @@ void ServiceStocksTest::whatHasNoRecordIsToldSo()
 
 void ServiceStocksTest::aLimitUpIsToldWhole()
 {
-    QCOMPARE(get("/stockhelper/limit_up_stock?code=002812").object, json(R"(
-{"success":true,"data":{"trade_date":"2024-08-08","seq":1,"stock_code":"002812","stock_name":"恩捷股份",
- "market":"深圳","days_times":"4/4","first_limit_time":"092500","last_limit_time":"092500",
- "consecutive_days":4,"open_times":0,"current_price":"67.17","price_change_rate":"10.01",
- "turnover_rate":"1.76","trading_amount":"969397440","seal_amount":"235325240",
- "circulation_value":"55079400000","total_value":"61688928000","created_at":"2024-08-08 09:25:00",
+    QCOMPARE(get("/stockhelper/limit_up_stock?code=000661").object, json(R"(
+{"success":true,"data":{"trade_date":"2024-08-08","seq":9,"stock_code":"000661","stock_name":"长春高新",
+ "market":"深圳","days_times":"1/1","first_limit_time":"093839","last_limit_time":"093839",
+ "consecutive_days":1,"open_times":0,"current_price":"138.68","price_change_rate":"10.00",
+ "turnover_rate":"14.44","trading_amount":"8010156800","seal_amount":"1134630000",
+ "circulation_value":"55472000000","total_value":"68785280000","created_at":"2024-08-08 09:25:00",
  "updated_at":"2024-08-08 10:30:00"}})"));
 }
 
 void ServiceStocksTest::aLimitUpIsToldOnlyWhileItStands()
 {
-    const QByteArray target = "/stockhelper/limit_up_stock?code=002405&date=2024-08-08";
-    at(9, 38, 47);
+    const QByteArray target = "/stockhelper/limit_up_stock?code=000661&date=2024-08-08";
+    at(9, 38, 38);
     QCOMPARE(get(target).status, 404);
-    at(9, 38, 48);
+    at(9, 38, 39);
     const QJsonObject data = get(target).data();
-    QCOMPARE(textAt(data, "first_limit_time"), QStringLiteral("093848"));
+    QCOMPARE(textAt(data, "first_limit_time"), QStringLiteral("093839"));
     QCOMPARE(textAt(data, "days_times"), QStringLiteral("1/1"));
     QCOMPARE(numberAt(data, "consecutive_days"), 1);
     at(15, 0);
     QCOMPARE(textAt(get(target).data(), "updated_at"), QStringLiteral("2024-08-08 15:00:00"));
     at(10, 0, 0, 9);
-    QCOMPARE(textAt(get(target).data(), "first_limit_time"), QStringLiteral("093848"));
+    QCOMPARE(textAt(get(target).data(), "first_limit_time"), QStringLiteral("093839"));
 }
 
 void ServiceStocksTest::aLimitUpOfAFormerDayIsTold()
 {
-    const QJsonObject data = get("/stockhelper/limit_up_stock?code=002812&date=2024-08-07").data();
-    QCOMPARE(numberAt(data, "consecutive_days"), 3);
-    QCOMPARE(textAt(data, "days_times"), QStringLiteral("3/3"));
+    const QJsonObject data = get("/stockhelper/limit_up_stock?code=002271&date=2024-08-07").data();
+    QCOMPARE(numberAt(data, "consecutive_days"), 6);
+    QCOMPARE(textAt(data, "days_times"), QStringLiteral("6/6"));
     QCOMPARE(textAt(data, "trade_date"), QStringLiteral("2024-08-07"));
 }
 
@@ -386,8 +390,8 @@ void ServiceStocksTest::aStockBelowItsLimitHasNone_data()
     QTest::addColumn<QByteArray>("query");
     QTest::newRow("today") << QByteArray("code=600519");
     QTest::newRow("a former day") << QByteArray("code=600519&date=2024-08-07");
-    QTest::newRow("a Sunday") << QByteArray("code=002812&date=2024-08-04");
-    QTest::newRow("tomorrow") << QByteArray("code=002812&date=2024-08-09");
+    QTest::newRow("a Sunday") << QByteArray("code=000661&date=2024-08-04");
+    QTest::newRow("tomorrow") << QByteArray("code=000661&date=2024-08-09");
     QTest::newRow("suspended") << QByteArray("code=600183");
 }
 
@@ -397,6 +401,43 @@ void ServiceStocksTest::aStockBelowItsLimitHasNone()
     const ServiceProcess::Answer answer = get("/stockhelper/limit_up_stock?" + query);
     QCOMPARE(answer.status, 404);
     QVERIFY(answer.error().contains(QStringLiteral("NOT FOUND")));
+}
+
+void ServiceStocksTest::conceptsAreToldWhole()
+{
+    const QJsonArray list =
+        get("/stockhelper/theme_stocks?code=002812").object.value(QLatin1String("data")).toArray();
+    QVERIFY(list.size() >= 1);
+    QCOMPARE(textAt(list.first().toObject(), "sector_name"), QStringLiteral("固态电池"));
+    QCOMPARE(textAt(list.first().toObject(), "sector_code"), QStringLiteral("LC0005"));
+    QSet<QString> names;
+    for (const QJsonValue &value : list) {
+        const QJsonObject theme = value.toObject();
+        QCOMPARE(theme.keys(), QStringList({QStringLiteral("desc"), QStringLiteral("sector_code"),
+                                            QStringLiteral("sector_name"), QStringLiteral("stock_code"),
+                                            QStringLiteral("stock_name")}));
+        QCOMPARE(textAt(theme, "stock_code"), QStringLiteral("002812"));
+        QCOMPARE(textAt(theme, "stock_name"), QStringLiteral("恩捷股份"));
+        QVERIFY(theme.value(QLatin1String("desc")).isString());
+        names.insert(textAt(theme, "sector_name"));
+    }
+    QCOMPARE(names.size(), list.size());
+}
+
+void ServiceStocksTest::aCodeWithoutConceptsHasAnEmptyList_data()
+{
+    QTest::addColumn<QByteArray>("code");
+    QTest::newRow("a stock without one") << QByteArray("002607");
+    QTest::newRow("fund") << QByteArray("510300");
+    QTest::newRow("index") << QByteArray("399001");
+    QTest::newRow("unknown") << QByteArray("888888");
+}
+
+void ServiceStocksTest::aCodeWithoutConceptsHasAnEmptyList()
+{
+    QFETCH(QByteArray, code);
+    QCOMPARE(get("/stockhelper/theme_stocks?code=" + code).object, json(R"({"success":true,"data":[]})"));
+    QCOMPARE(get("/stockhelper/theme_stocks?code=" + code.left(5)).status, 400);
 }
 
 void ServiceStocksTest::everyRecordOfTheCatalogueIsSound()
