@@ -13,6 +13,7 @@
 #include "app/WindowRules.h"
 #include "newsclient/ApiClient.h"
 #include "settings/ConfigManager.h"
+#include "stockclient/StockApiConfig.h"
 
 #include <QAction>
 #include <QDebug>
@@ -69,6 +70,10 @@ void LarkspireApp::onLoginFinished(bool success, const QString &message)
 
 void LarkspireApp::startNewsCycle()
 {
+    // The linkage set-up belongs to the account, and the login may have gone to another service than the last
+    // one.
+    StockApiConfig::instance()->refreshFromSettings();
+    StockApiConfig::instance()->loadFromServer();
     if (!passCredentialsToClient())
         return;
     QTimer::singleShot(ConnectionCheckDelay, this, &LarkspireApp::checkApiConnection);

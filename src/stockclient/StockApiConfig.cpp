@@ -4,6 +4,7 @@
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QJsonObject>
 
@@ -65,7 +66,7 @@ void StockApiConfig::loadFromServer()
 {
     if (!isValid())
         return;
-    auto *const client = new StockApiClient; // of no parent: each of its two ends deletes it
+    auto *const client = new StockApiClient; // of no parent: each of its ends deletes it
     connect(client, &StockApiClient::stockHelperConfigReceived, this,
             [this, client](const QJsonObject &config) {
                 const auto text = [&config](QLatin1String key) { return config.value(key).toString(); };
@@ -80,5 +81,6 @@ void StockApiConfig::loadFromServer()
         qWarning() << "The linkage configuration could not be loaded:" << error;
         client->deleteLater();
     });
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, client, &QObject::deleteLater);
     client->getStockHelperConfig();
 }

@@ -100,6 +100,16 @@ int ScriptedService::requestCount(const QByteArray &pathEnd) const
     return count;
 }
 
+RawRequest ScriptedService::lastRequest(const QByteArray &pathEnd) const
+{
+    RawRequest last;
+    for (const RawRequest &request : m_server.requests()) {
+        if (request.path().endsWith(pathEnd))
+            last = request;
+    }
+    return last;
+}
+
 RawAnswer ScriptedService::answer(const RawRequest &request)
 {
     const QByteArray path = request.path();
@@ -119,6 +129,15 @@ RawAnswer ScriptedService::answer(const RawRequest &request)
                                 {QStringLiteral("user_id"), 7},
                                 {QStringLiteral("username"), QStringLiteral("云雀")},
                                 {QStringLiteral("email"), QStringLiteral("lark@larkspire.example")}});
+    }
+    if (path.endsWith("/stockhelper/config")) {
+        return RawAnswer::json({{QStringLiteral("success"), true},
+                                {QStringLiteral("data"),
+                                 QJsonObject{{QStringLiteral("tdx_offset_addr"), QStringLiteral("0x1A2B")},
+                                             {QStringLiteral("ths_offset_addr"), QStringLiteral("0x3C4D")},
+                                             {QStringLiteral("tdx_version"), QStringLiteral("V7.64")},
+                                             {QStringLiteral("ths_version"), QStringLiteral("9.40.10")},
+                                             {QStringLiteral("current_software"), QStringLiteral("ths")}}}});
     }
     if (path.endsWith("newsapi/health")) {
         return RawAnswer::json({{QStringLiteral("status"), QStringLiteral("ok")},

@@ -48,6 +48,8 @@ public:
     QList<QUrlQuery> newsQueries() const;
     /// How many requests have come for a path that ends so.
     int requestCount(const QByteArray &pathEnd) const;
+    /// The last of them; an empty one when there is none.
+    RawRequest lastRequest(const QByteArray &pathEnd) const;
 
 private:
     RawAnswer answer(const RawRequest &request);

@@ -4,6 +4,7 @@
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
+#include "stockclient/StockApiConfig.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
@@ -42,6 +43,7 @@ private slots:
 
     void successfulLoginShowsTheWindowAndStartsTheCycle();
     void keyOfTheLoginIsStoredAndUsed();
+    void loginTakesOverTheLinkageOfTheAccount();
     void tokenRolledByAReplyOutlivesTheNextValidation();
     void withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond();
     void promptIsSilentOnceSomebodyIsLoggedIn();
@@ -112,17 +114,35 @@ void TestLarkspireAppAccount::keyOfTheLoginIsStoredAndUsed()
     QCOMPARE(ConfigManager::instance()->getApiKey(), QStringLiteral("key-of-the-service"));
     window.findChild<ApiClient *>()->healthCheck();
     QTRY_COMPARE(m_service->requestCount("newsapi/health"), 1);
-    const RawRequest request = m_service->server().requests().last();
+    const RawRequest request = m_service->lastRequest("newsapi/health");
     QCOMPARE(request.header("X-Session-Token"), QByteArray("token-of-the-service"));
 
     // Without a session the client names the key of the login and this device.
     window.findChild<ApiClient *>()->setSessionToken(QString());
     window.findChild<ApiClient *>()->healthCheck();
     QTRY_COMPARE(m_service->requestCount("newsapi/health"), 2);
-    const RawRequest second = m_service->server().requests().last();
+    const RawRequest second = m_service->lastRequest("newsapi/health");
     QCOMPARE(second.header("X-API-Key"), QByteArray("key-of-the-service"));
     QCOMPARE(second.header("X-Device-ID").size(), 32);
     QCOMPARE(second.header("X-App-Version"), QByteArray("2.0.1"));
+}
+
+void TestLarkspireAppAccount::loginTakesOverTheLinkageOfTheAccount()
+{
+    // What an earlier account has left, on a service that is no longer the one of the settings.
+    ConfigManager::instance()->setApiServerUrl(QStringLiteral("http://127.0.0.1:1"));
+    StockApiConfig::instance()->refreshFromSettings();
+    StockApiConfig::instance()->setTdxOffset(QStringLiteral("0x1"));
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_COMPARE(StockApiConfig::instance()->getTdxOffset(), QStringLiteral("0x1A2B"));
+    QCOMPARE(StockApiConfig::instance()->getThsOffset(), QStringLiteral("0x3C4D"));
+    QCOMPARE(StockApiConfig::instance()->getTdxVersion(), QStringLiteral("V7.64"));
+    QCOMPARE(StockApiConfig::instance()->getThsVersion(), QStringLiteral("9.40.10"));
+    QCOMPARE(StockApiConfig::instance()->getCurrentSoftware(), QStringLiteral("ths"));
+    QCOMPARE(m_service->requestCount("/stockhelper/config"), 1);
+    QCOMPARE(m_service->lastRequest("/stockhelper/config").header("X-Session-Token"),
+             QByteArray("token-of-the-service"));
 }
 
 void TestLarkspireAppAccount::tokenRolledByAReplyOutlivesTheNextValidation()
@@ -144,7 +164,7 @@ void TestLarkspireAppAccount::tokenRolledByAReplyOutlivesTheNextValidation()
     QCOMPARE(status.first().first().value<AuthStatus>(), Authenticated);
     client->healthCheck();
     QTRY_COMPARE(m_service->requestCount("newsapi/health"), 1);
-    QCOMPARE(m_service->server().requests().last().header("X-Session-Token"), QByteArray("rolled-token"));
+    QCOMPARE(m_service->lastRequest("newsapi/health").header("X-Session-Token"), QByteArray("rolled-token"));
 }
 
 void TestLarkspireAppAccount::withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond()

@@ -94,6 +94,7 @@ private slots:
     void afterAFailureTheEarlierValuesStay_data();
     void afterAFailureTheEarlierValuesStay();
     void twoQuickLoadsEachEndByThemselves();
+    void theEndOfTheProgramEndsALoadUnderWay();
     void offsetsAreNotStoredOnTheMachine();
     void nothingIsAnnounced();
 };
@@ -264,6 +265,19 @@ void TestStockApiConfig::twoQuickLoadsEachEndByThemselves()
     QVERIFY(server.release(0, RawAnswer::body(answerWith("first"))));
     QVERIFY(waitUntil([] { return linkageValues() == valuesWith(text("first")); }));
     QVERIFY(waitUntil([&deleted] { return deleted.count() == 2; }));
+}
+
+void TestStockApiConfig::theEndOfTheProgramEndsALoadUnderWay()
+{
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::hang());
+    useStockService(server.url(), text("t-1"));
+    const DeletedClients deleted;
+    config().loadFromServer();
+    QVERIFY(server.waitForRequests(1));
+    QCOMPARE(deleted.count(), 0);
+    QVERIFY(QMetaObject::invokeMethod(QCoreApplication::instance(), "aboutToQuit"));
+    QVERIFY(waitUntil([&deleted] { return deleted.count() == 1; }));
 }
 
 void TestStockApiConfig::offsetsAreNotStoredOnTheMachine()
