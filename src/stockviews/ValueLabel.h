@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QLabel>
+#include <QTextDocument>
+
+/// A value in the stock grid: rich text in the middle of a coloured ground or of none. What it says changes neither
+/// its place nor its size: it asks for the height of one line and no width of its own, and a text too long for the
+/// width is written smaller.
+class ValueLabel final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    /// Nothing is written smaller than this.
+    static constexpr qreal SmallestPointSize = 7.0;
+
+    explicit ValueLabel(QWidget *parent = nullptr);
+    Q_DISABLE_COPY_MOVE(ValueLabel)
+
+    /// Shows a rich text in a style sheet, which may be empty.
+    void showValue(const QString &text, const QString &style);
+
+    /// The size in points that the label asks room for, whatever it is written in.
+    void setConfiguredPointSize(qreal points);
+    /// The size in points that a text which fits is written in.
+    void setPointSize(qreal points);
+
+    /// The size in points that the text is written in now.
+    qreal writtenPointSize() const { return m_document.defaultFont().pointSizeF(); }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void fit();
+    int lineHeight(qreal points) const;
+
+    QTextDocument m_document;
+    qreal m_configuredPointSize = 12.0;
+    qreal m_pointSize = 12.0;
+};

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "linkage/FakePlatform.h"
+#include "stockviews/ScriptedStockService.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+class StockAnalysisWidget;
+
+/// A stock page in a window, with a scripted service and trading programs made of tables. Link
+/// larkspire_stock_page_fixture.
+class StockPageFixture
+{
+public:
+    static constexpr quint32 tdxPid = 71;
+    static constexpr quint32 thsPid = 72;
+    static const QString tdxOffset;
+    static const QString thsOffset;
+
+    /// Empties the settings, stores a session and an address, and gives the linkage configuration both
+    /// offsets.
+    StockPageFixture();
+    ~StockPageFixture();
+    Q_DISABLE_COPY_MOVE(StockPageFixture)
+
+    /// Builds the page with the settings of now; with it the window, which is shown. The programs that run
+    /// are those of the tables at this moment.
+    void openPage();
+
+    /// The code that is open in a program; the program runs from then on.
+    void openInTdx(const QByteArray &code, quint32 pid = tdxPid);
+    void openInThs(const QByteArray &code, quint32 pid = thsPid);
+    void closeTdx();
+
+    /// The page's next tick, now.
+    void tick();
+    /// Switches the loop on as the user does.
+    void switchOn();
+
+    template <typename Kind>
+    Kind *find(const char *objectName) const
+    {
+        return window->findChild<Kind *>(QString::fromLatin1(objectName));
+    }
+    QString text(const char *label) const;
+    QString style(const char *label) const;
+    QString status() const { return text("statusLabel"); }
+
+    ScriptedStockService service;
+    FakePlatform *reading = nullptr; ///< goes with the page
+    FakePlatform *sending = nullptr;
+    QDateTime now{QDate(2024, 6, 12), QTime(9, 31)}; // a Wednesday
+    std::unique_ptr<QWidget> window;
+    StockAnalysisWidget *page = nullptr;
+
+private:
+    std::unique_ptr<FakePlatform> m_nextReading;
+    std::unique_ptr<FakePlatform> m_nextSending;
+};

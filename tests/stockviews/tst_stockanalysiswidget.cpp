@@ -1,0 +1,943 @@
+#include "desktop/RecordingHotkeyBackend.h"
+#include "linkage/FakePlatform.h"
+#include "news/SpeechManager.h"
+#include "settings/ConfigManager.h"
+#include "stockclient/StockApiConfig.h"
+#include "stockviews/StockAnalysisWidget.h"
+#include "stockviews/StockPageFixture.h"
+#include "stockviews/StockRendering.h"
+#include "support/BoxAnswer.h"
+#include "support/IsolatedHome.h"
+#include "support/speechplugin/SpeechStage.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QLayout>
+#include <QNetworkProxy>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTimer>
+
+namespace {
+
+const QString ok = QStringLiteral("OK");
+
+QString updated(const char *code)
+{
+    return QStringLiteral("已更新 %1 综合信息").arg(QString::fromLatin1(code));
+}
+
+/// A Ths that takes every message.
+void addThsWindow(FakePlatform &platform)
+{
+    FakePlatform::Process process;
+    process.pid = 90;
+    process.name = QStringLiteral("hexin.exe");
+    platform.processes = {process};
+    FakePlatform::Window window;
+    window.pid = 90;
+    window.title = QStringLiteral("同花顺");
+    window.className = QStringLiteral("Afx:1");
+    platform.windows = {window};
+}
+
+} // namespace
+
+/// Keeps what the system's browser is asked to open, and the proxy of that moment.
+class Browser final : public QObject
+{
+    Q_OBJECT
+
+public:
+    Browser() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open"); }
+    ~Browser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+    Q_DISABLE_COPY_MOVE(Browser)
+
+    QList<QUrl> opened;
+    QNetworkProxy::ProxyType proxy = QNetworkProxy::DefaultProxy;
+
+public slots:
+    void open(const QUrl &url)
+    {
+        opened.append(url);
+        proxy = QNetworkProxy::applicationProxy().type();
+    }
+};
+
+class tst_StockAnalysisWidget : public QObject
+{
+    Q_OBJECT
+
+    static QStringList queries(const StockPageFixture &page)
+    {
+        QStringList codes;
+        for (const QString &target : page.service.targets("/stock/comprehensive"))
+            codes.append(target.section(QStringLiteral("code="), 1));
+        return codes;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(RecordingHotkeyBackend::install());
+        SpeechStage::install();
+    }
+
+    void init()
+    {
+        SpeechStage::instance().reset();
+        RecordingHotkeyBackend::installed()->reset();
+    }
+
+    // --- start ---------------------------------------------------------------------------------------------
+
+    void thePageStartsStoppedWhateverTheSettingsSay()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setStockAutoRefresh(true);
+        ConfigManager::instance()->setStockRefreshInterval(9);
+        ConfigManager::instance()->setCurrentSoftware(QStringLiteral("ths"));
+        ConfigManager::instance()->setStockLinkageMode(2);
+        page.openPage();
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
+        QVERIFY(!page.page->isMonitoring());
+        QCOMPARE(page.find<QComboBox>("linkageComboBox")->currentIndex(), 2);
+        QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("同花顺"));
+        QCOMPARE(page.find<QPushButton>("softwareSwitchButton")->text(), QStringLiteral("同"));
+        page.openInThs("600519");
+        page.tick();
+        QVERIFY(page.reading->takeCalls().filter(QStringLiteral("readMemory")).isEmpty());
+
+        // What was stored passes through to the next start.
+        page.window.reset();
+        QVERIFY(ConfigManager::instance()->getStockAutoRefresh());
+        QCOMPARE(ConfigManager::instance()->getStockRefreshInterval(), 9);
+        QCOMPARE(ConfigManager::instance()->getStockLinkageMode(), 2);
+        QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("ths"));
+    }
+
+    void anUnknownProgramInTheSettingsIsTakenForTdx()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setCurrentSoftware(QStringLiteral("wind"));
+        page.openPage();
+        QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("通达信"));
+        page.window.reset();
+        QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("tdx"));
+    }
+
+    void everyWidgetOfThePageHasItsName()
+    {
+        StockPageFixture page;
+        page.openPage();
+        for (const char *name : {"controlGroup",
+                                 "themeButton",
+                                 "settingsButton",
+                                 "currentSoftwareButton",
+                                 "linkageComboBox",
+                                 "tdxInstanceComboBox",
+                                 "thsInstanceComboBox",
+                                 "autoRefreshCheckBox",
+                                 "autoRefreshIndicator",
+                                 "statusLabel",
+                                 "searchStockButton",
+                                 "blacklistButton",
+                                 "softwareSwitchButton",
+                                 "compactModeButton",
+                                 "clsButton",
+                                 "lhbButton",
+                                 "eastmoneyButton",
+                                 "taogubaButton",
+                                 "jiucaiButton",
+                                 "aigupiaoButton",
+                                 "sinaButton",
+                                 "xueqiuButton",
+                                 "companyNameLabel",
+                                 "regionLabel",
+                                 "marketActivityProgressBar"})
+            QVERIFY2(page.find<QWidget>(name) != nullptr, name);
+        for (const char *name : {"stockActionButtonsLayout", "stockNavigationLayout"})
+            QVERIFY2(page.find<QLayout>(name) != nullptr, name);
+        QCOMPARE(page.find<QPushButton>("searchStockButton")->text(), QStringLiteral("异"));
+        QCOMPARE(page.find<QPushButton>("searchStockButton")->toolTip(), QStringLiteral("点击查看异动解析"));
+        QCOMPARE(page.find<QPushButton>("compactModeButton")->text(), QStringLiteral("简"));
+        QCOMPARE(page.find<QCheckBox>("autoRefreshCheckBox")->text(), QStringLiteral("自动刷新"));
+        QCOMPARE(page.find<QPushButton>("themeButton")->text(), QStringLiteral("概念"));
+        QCOMPARE(page.find<QPushButton>("settingsButton")->text(), QStringLiteral("设置"));
+        QCOMPARE(page.page->minimumSize(), QSize(300, 550));
+        // All that the rules fill is there to be filled.
+        StockRenderSettings settings;
+        const LabelContents contents = StockRendering::clearedDisplay(settings);
+        for (auto label = contents.cbegin(); label != contents.cend(); ++label)
+            QVERIFY2(page.find<QLabel>(qPrintable(label.key())) != nullptr, qPrintable(label.key()));
+        const LabelContents full = StockRendering::comprehensiveInfo({}, page.now, settings);
+        for (auto label = full.cbegin(); label != full.cend(); ++label)
+            QVERIFY2(page.find<QLabel>(qPrintable(label.key())) != nullptr, qPrintable(label.key()));
+    }
+
+    void buttonsWhoseDialogsAreNotThereAreGreyed()
+    {
+        StockPageFixture page;
+        page.openPage();
+        for (const char *name : {"themeButton", "searchStockButton", "blacklistButton"})
+            QVERIFY2(!page.find<QPushButton>(name)->isEnabled(), name);
+    }
+
+    // --- on and off ----------------------------------------------------------------------------------------
+
+    void switchingOnWithAnOffsetStartsAtOnce()
+    {
+        StockPageFixture page;
+        page.openPage();
+        page.switchOn();
+        QVERIFY(page.page->isMonitoring());
+        QVERIFY(page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("#4CAF50")));
+        QCOMPARE(page.status(), QStringLiteral("没有可查询的股票"));
+        QCOMPARE(page.service.server().requests().size(), 0);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        QVERIFY(!page.page->isMonitoring());
+        QCOMPARE(page.status(), QStringLiteral("自动刷新已关闭"));
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
+    }
+
+    void theLoopTicksOnceASecond()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        QTRY_COMPARE_WITH_TIMEOUT(page.status(), updated("600519"), 3000);
+        page.openInTdx("000001");
+        QTRY_COMPARE_WITH_TIMEOUT(page.status(), updated("000001"), 3000);
+    }
+
+    void aMissingOffsetIsFetchedFirst()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.linkageConfig = {{QStringLiteral("tdx_offset_addr"), StockPageFixture::tdxOffset},
+                                      {QStringLiteral("ths_offset_addr"), QStringLiteral("77")},
+                                      {QStringLiteral("tdx_version"), QStringLiteral("7.65")},
+                                      {QStringLiteral("ths_version"), QStringLiteral("9.3")},
+                                      {QStringLiteral("current_software"), QStringLiteral("ths")}};
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        QCOMPARE(page.status(), QStringLiteral("正在从服务器加载配置，请稍候..."));
+        QVERIFY(!page.page->isMonitoring());
+        QTRY_VERIFY(page.page->isMonitoring());
+        QCOMPARE(StockApiConfig::instance()->getTdxOffset(), StockPageFixture::tdxOffset);
+        QCOMPARE(StockApiConfig::instance()->getThsOffset(), QStringLiteral("77"));
+        QCOMPARE(StockApiConfig::instance()->getTdxVersion(), QStringLiteral("7.65"));
+        QCOMPARE(StockApiConfig::instance()->getThsVersion(), QStringLiteral("9.3"));
+        QCOMPARE(StockApiConfig::instance()->getCurrentSoftware(), QStringLiteral("ths"));
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+    }
+
+    void aConfigurationWithoutAnOffsetIsRefused()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.openPage();
+        BoxAnswer answer(ok);
+        page.switchOn();
+        QTRY_VERIFY(answer.shown());
+        QCOMPARE(answer.title(), QStringLiteral("配置未完成"));
+        QCOMPARE(answer.text(), QStringLiteral("请先在股票助手设置中测试并保存通达信配置"));
+        QTRY_COMPARE(page.status(), QStringLiteral("配置未完成，请先设置股票助手"));
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+        QVERIFY(!page.page->isMonitoring());
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
+    }
+
+    void aConfigurationThatCannotBeHadIsReportedOnce()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.answerPath(
+            "/stockhelper/config",
+            RawAnswer::json({{QStringLiteral("error"), QStringLiteral("服务维护中")}}, 503));
+        page.openPage();
+        BoxAnswer answer(ok);
+        page.switchOn();
+        QTRY_VERIFY(answer.shown());
+        QCOMPARE(answer.title(), QStringLiteral("加载配置失败"));
+        QCOMPARE(answer.text(),
+                 QStringLiteral("无法从服务器加载配置：服务维护中\n\n请检查网络连接或手动打开股票助手设置"));
+        QTRY_COMPARE(page.status(), QStringLiteral("加载配置失败，请检查网络连接"));
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+
+        // A later failure of another kind opens no box any more.
+        page.service.forgetAnswers();
+        page.service.answerPath("/stock/comprehensive",
+                                RawAnswer::json({{QStringLiteral("error"), QStringLiteral("忙")}}, 503));
+        StockApiConfig::instance()->setTdxOffset(StockPageFixture::tdxOffset);
+        page.switchOn();
+        page.openInTdx("600519");
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("查询失败: 忙"));
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void switchingOffWhileTheOffsetIsUnderWayStaysOff()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.linkageConfig = {{QStringLiteral("tdx_offset_addr"), StockPageFixture::tdxOffset}};
+        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
+        page.openPage();
+        page.switchOn();
+        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        QVERIFY(page.service.server().release(
+            0, RawAnswer::json({{QStringLiteral("success"), true},
+                                {QStringLiteral("data"), page.service.linkageConfig}})));
+        // A later answer shows that the first one has been through.
+        page.service.forgetAnswers();
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.switchOn();
+        QTRY_VERIFY(page.page->isMonitoring());
+        QCOMPARE(page.service.targets("/stockhelper/config").size(), 2);
+    }
+
+    void switchingOffForgetsTheOffsetOfTheReader()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.reading->openHandles().size(), 1);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        QCOMPARE(page.reading->openHandles().size(), 0);
+        page.tick(); // stopped
+        QCOMPARE(page.reading->openHandles().size(), 0);
+        // Switched on again, it takes the offset anew and asks for the stock on show.
+        page.switchOn();
+        QTRY_COMPARE(queries(page), (QStringList{QStringLiteral("600519"), QStringLiteral("600519")}));
+        page.openInTdx("000001");
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000001"));
+    }
+
+    // --- the tick ------------------------------------------------------------------------------------------
+
+    void aNewCodeIsAskedForAndShown()
+    {
+        StockPageFixture page;
+        page.service.records.insert(
+            QStringLiteral("002031"),
+            stockRecord(QStringLiteral("002031"), QStringLiteral("巨轮智能"), QStringLiteral("2024-06-12")));
+        page.openInTdx("002031");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QCOMPARE(page.status(), QStringLiteral("检测到股票代码变化:  -> 002031"));
+        QTRY_COMPARE(page.status(), updated("002031"));
+        QCOMPARE(page.service.targets("/stock/comprehensive"),
+                 QStringList{QStringLiteral("/stockhelper/stock/comprehensive?code=002031")});
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral(">巨轮智能 002031</a>")));
+        QCOMPARE(page.text("regionLabel"), QStringLiteral("广东"));
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("<b>1286.55</b>亿"));
+        QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>4</b>"));
+        QCOMPARE(page.style("firstBoardCountValueLabel"), StockRendering::purpleStyle());
+        QCOMPARE(page.text("recentLimitUpValueLabel"), QStringLiteral("<b>13天前涨停</b>"));
+        QCOMPARE(page.text("ma5StatusLabel"), QStringLiteral("<b>开盘连续5天站上五日线</b>"));
+        QVERIFY(page.text("openingTurnoverValueLabel").contains(QStringLiteral("1.32%")));
+        QVERIFY(page.text("trendSignalsLabel").contains(QStringLiteral("放量突破")));
+        QCOMPARE(page.find<QProgressBar>("marketActivityProgressBar")->value(), 86);
+    }
+
+    void openingDataOfYesterdayAreShownUntilTenPastNine()
+    {
+        StockPageFixture page;
+        page.service.records.insert(
+            QStringLiteral("002031"),
+            stockRecord(QStringLiteral("002031"), QStringLiteral("巨轮智能"), QStringLiteral("2024-06-11")));
+        page.now.setTime(QTime(9, 9, 59));
+        page.openInTdx("002031");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_VERIFY(page.text("openingTurnoverValueLabel").contains(QStringLiteral("1.32%")));
+        page.now.setTime(QTime(9, 10));
+        QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
+        QTRY_COMPARE(page.text("openingTurnoverValueLabel"), QStringLiteral("<b>--</b>"));
+        QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>4</b>"));
+    }
+
+    void aCodeThatEqualsTheLastTriggersNothing()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.reading->takeCalls();
+        for (int round = 0; round < 5; ++round)
+            page.tick();
+        QCOMPARE(page.reading->takeCalls().size(), 5); // one read each and nothing else
+        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(queries(page).size(), 1);
+    }
+
+    void aClosedProgramLeavesTheDisplayAndIsTriedAgainEachTick()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const QString name = page.text("companyNameLabel");
+        page.closeTdx();
+        page.tick();
+        page.tick();
+        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.text("companyNameLabel"), name);
+        QCOMPARE(page.reading->openHandles().size(), 0);
+        page.openInTdx("000858");
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000858"));
+    }
+
+    void goingBackToAStockAsksAndSpeaksAgain()
+    {
+        SpeechStage::instance().speaksAtOnce = false; // so that no name waits for the one before
+        StockPageFixture page;
+        SpeechManager speech;
+        page.openInTdx("600519");
+        page.openPage();
+        page.page->setSpeechManager(&speech);
+        page.switchOn();
+        for (const char *code : {"600519", "000001", "600519"}) {
+            page.openInTdx(code);
+            page.tick();
+            QTRY_COMPARE(page.status(), updated(code));
+        }
+        QCOMPARE(queries(page),
+                 (QStringList{QStringLiteral("600519"), QStringLiteral("000001"), QStringLiteral("600519")}));
+        QCOMPARE(SpeechStage::instance().said(),
+                 (QStringList{QStringLiteral("股600519"), QStringLiteral("股000001"), QStringLiteral("股600519")}));
+    }
+
+    void theNameIsSpokenOncePerCodeAndOnlyWhereWanted_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("wanted");
+        QTest::addColumn<QStringList>("said");
+        QTest::newRow("a name") << QStringLiteral("贵州茅台") << true
+                                << QStringList{QStringLiteral("贵州茅台")};
+        QTest::newRow("switched off") << QStringLiteral("贵州茅台") << false << QStringList();
+        QTest::newRow("no name") << QString() << true << QStringList();
+        QTest::newRow("dashes") << QStringLiteral("--") << true << QStringList();
+    }
+
+    void theNameIsSpokenOncePerCodeAndOnlyWhereWanted()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, wanted);
+        StockPageFixture page;
+        ConfigManager::instance()->setEnableSpeakStock(wanted);
+        page.service.records.insert(QStringLiteral("600519"), stockRecord(QStringLiteral("600519"), name,
+                                                                          QStringLiteral("2024-06-12")));
+        SpeechManager speech;
+        page.openInTdx("600519");
+        page.openPage();
+        page.page->setSpeechManager(&speech);
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
+        QCOMPARE(page.status(), QStringLiteral("正在查询..."));
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QTEST(SpeechStage::instance().said(), "said");
+    }
+
+    void withoutASpeechManagerNothingIsSpoken()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QVERIFY(SpeechStage::instance().said().isEmpty());
+    }
+
+    void aCodeThatIsNoStockClearsTheDisplay_data()
+    {
+        QTest::addColumn<QByteArray>("code");
+        QTest::newRow("index of Shenzhen") << QByteArray("399001");
+        QTest::newRow("fund") << QByteArray("510300");
+        QTest::newRow("bond") << QByteArray("110059");
+        QTest::newRow("index of a program") << QByteArray("880001");
+    }
+
+    void aCodeThatIsNoStockClearsTheDisplay()
+    {
+        QFETCH(QByteArray, code);
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openInTdx(code);
+        page.tick();
+        const QString text = QString::fromLatin1(code);
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral(">%1</a>").arg(text)));
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("--"));
+        QCOMPARE(page.style("firstBoardCountValueLabel"), QString());
+        QCOMPARE(page.find<QProgressBar>("marketActivityProgressBar")->value(), 0);
+        QCOMPARE(page.page->currentStockCode(), text);
+        QCOMPARE(page.status(), QStringLiteral("检测到股票代码变化:  -> ") + text);
+        QCOMPARE(queries(page).size(), 1);
+        QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
+        QCOMPARE(page.status(), QStringLiteral("正在查询..."));
+        QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
+        QCOMPARE(queries(page).size(), 1);
+    }
+
+    void tenCodesInARowEndOnTheRightStockWhenTheServiceIsSlow()
+    {
+        StockPageFixture page;
+        page.service.holdsRecords = true;
+        page.openInTdx("600000");
+        page.openPage();
+        page.switchOn();
+        QStringList codes;
+        for (int number = 0; number < 10; ++number) {
+            const QByteArray code = QByteArray::number(600000 + number);
+            codes.append(QString::fromLatin1(code));
+            page.openInTdx(code);
+            page.tick();
+            // Every third answer comes while the codes still change.
+            if (number % 3 == 2)
+                QVERIFY(QTest::qWaitFor([&page] { return page.service.releaseOldestRecord(); }));
+        }
+        page.service.holdsRecords = false;
+        // The late answers pull the page away from the code that is open; the ticks bring it back.
+        const auto settled = [&page] {
+            while (page.service.releaseOldestRecord()) {
+            }
+            page.tick();
+            return page.text("companyNameLabel").contains(QStringLiteral("600009")) &&
+                   page.page->currentStockCode() == QLatin1String("600009") &&
+                   page.status() == updated("600009") && page.service.server().heldRequests().isEmpty();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(settled(), 20000);
+        QCOMPARE(page.text("companyNameLabel").contains(QStringLiteral("股600009")), true);
+    }
+
+    // --- what the service answers --------------------------------------------------------------------------
+
+    void aServiceThatAnswersWithAnotherCodeIsTakenAtItsWord()
+    {
+        StockPageFixture page;
+        page.service.records.insert(
+            QStringLiteral("600519"),
+            stockRecord(QStringLiteral("000001"), QStringLiteral("平安银行"), QStringLiteral("2024-06-12")));
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000001"));
+        QCOMPARE(page.page->currentStockCode(), QStringLiteral("000001"));
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("平安银行 000001")));
+        // The next tick reads the code that is open and asks for it again.
+        page.tick();
+        QTRY_COMPARE(queries(page), (QStringList{QStringLiteral("600519"), QStringLiteral("600519")}));
+    }
+
+    void anUnknownCodeClearsTheDisplayAndSaysSo()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.service.answerPath("/stock/comprehensive", RawAnswer::json({{QStringLiteral("success"), false},
+                                                                         {QStringLiteral("error"),
+                                                                          QStringLiteral("STOCK NOT FOUND")}},
+                                                                        404));
+        page.openInTdx("609999");
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("609999无数据"));
+        QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("--"));
+    }
+
+    void aServiceThatIsDownLeavesTheLastStockOnShow()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.service.server().refuseConnections();
+        page.service.server().dropConnections();
+        page.openInTdx("000001");
+        page.tick();
+        QTRY_VERIFY2(page.status().startsWith(QStringLiteral("查询失败: 网络错误")),
+                     qPrintable(page.status()));
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("600519")));
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        page.service.server().listenAgain();
+        page.openInTdx("000858");
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000858"));
+    }
+
+    void numbersSentAsNumbersAreShownAsNothing()
+    {
+        StockPageFixture page;
+        QJsonObject record =
+            stockRecord(QStringLiteral("600519"), QStringLiteral("贵州茅台"), QStringLiteral("2024-06-12"));
+        QJsonObject basic = record.value(QStringLiteral("basic_info")).toObject();
+        basic.insert(QStringLiteral("market_cap"), 2158.6);
+        record.insert(QStringLiteral("basic_info"), basic);
+        QJsonObject stats = record.value(QStringLiteral("limit_stats")).toObject();
+        stats.insert(QStringLiteral("thirty_day_gain"), 38.5);
+        stats.insert(QStringLiteral("first_limit_up"), QStringLiteral("4"));
+        record.insert(QStringLiteral("limit_stats"), stats);
+        page.service.records.insert(QStringLiteral("600519"), record);
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("<b>--</b>"));
+        QCOMPARE(page.text("thirtyDayGainValueLabel"), QStringLiteral("<b>0%</b>"));
+        QCOMPARE(page.style("thirtyDayGainValueLabel"), StockRendering::greenStyle());
+        QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>0</b>"));
+    }
+
+    void aRefreshAsksOnlyForAnotherCode()
+    {
+        StockPageFixture page;
+        page.openPage();
+        QMetaObject::invokeMethod(page.page, "handleAutoRefresh");
+        QCOMPARE(page.status(), QStringLiteral("请先选择要查询的股票"));
+        page.openInTdx("600519");
+        page.service.holdsRecords = true;
+        page.switchOn();
+        page.tick();
+        QMetaObject::invokeMethod(page.page, "handleAutoRefresh");
+        QCOMPARE(page.status(), QStringLiteral("正在查询..."));
+        QTRY_COMPARE(page.service.server().heldRequests().size(), 2);
+        while (page.service.releaseOldestRecord()) {
+        }
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QMetaObject::invokeMethod(page.page, "handleAutoRefresh");
+        QCOMPARE(page.status(), QStringLiteral("股票代码未变化: 600519"));
+    }
+
+    // --- linkage -------------------------------------------------------------------------------------------
+
+    void choosingAModeStoresItAndSaysSo()
+    {
+        StockPageFixture page;
+        page.openPage();
+        page.find<QComboBox>("linkageComboBox")->setCurrentIndex(1);
+        QCOMPARE(page.status(), QStringLiteral("联动模式已切换为: 通➜同 (通达信 ➜ 同花顺)"));
+        QCOMPARE(ConfigManager::instance()->getStockLinkageMode(), 1);
+    }
+
+    void aCodeIsPassedOnByTheMode_data()
+    {
+        QTest::addColumn<QString>("software");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("toThs");
+        QTest::addColumn<int>("toTdx");
+        QTest::addColumn<QString>("status");
+        const QString tdx = QStringLiteral("tdx");
+        const QString ths = QStringLiteral("ths");
+        const QString changed = QStringLiteral("检测到股票代码变化:  -> 600519");
+        QTest::newRow("no linkage") << tdx << 0 << 0 << 0 << changed;
+        QTest::newRow("tdx to ths") << tdx << 1 << 1 << 0 << QStringLiteral("已发送代码 600519 到 同花顺");
+        QTest::newRow("tdx to ths, in ths") << ths << 1 << 0 << 0 << changed;
+        QTest::newRow("ths to tdx") << ths << 2 << 0 << 1 << QStringLiteral("已发送代码 600519 到 通达信");
+        QTest::newRow("ths to tdx, in tdx") << tdx << 2 << 0 << 0 << changed;
+        QTest::newRow("tdx to tdx, one copy")
+            << tdx << 3 << 0 << 1 << QStringLiteral("已发送代码 600519 到 通达信");
+        QTest::newRow("tdx to tdx, in ths") << ths << 3 << 0 << 0 << changed;
+    }
+
+    void aCodeIsPassedOnByTheMode()
+    {
+        QFETCH(QString, software);
+        QFETCH(int, mode);
+        StockPageFixture page;
+        ConfigManager::instance()->setCurrentSoftware(software);
+        ConfigManager::instance()->setStockLinkageMode(mode);
+        addThsWindow(*page.sending);
+        page.openInTdx("600519");
+        page.openInThs("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTEST(page.status(), "status");
+        QTEST(page.sending->writtenBlocks.size(), "toThs");
+        int broadcasts = 0;
+        for (const FakePlatform::Message &message : page.sending->messages) {
+            if (message.number == page.sending->registeredMessage) {
+                ++broadcasts;
+                QCOMPARE(message.wParam, quint64(7600519));
+            }
+        }
+        QTEST(broadcasts, "toTdx");
+        // The query goes out beside it.
+        QTRY_COMPARE(page.status(), updated("600519"));
+    }
+
+    void aSendThatFailsIsSaidAndTheQueryGoesOn()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setStockLinkageMode(1);
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QCOMPARE(page.status(), QStringLiteral("发送代码 600519 到 同花顺 失败"));
+        QTRY_COMPARE(page.status(), updated("600519"));
+    }
+
+    // --- program and copies --------------------------------------------------------------------------------
+
+    void aProgramWithoutATestedVersionIsNotSwitchedTo_data()
+    {
+        QTest::addColumn<QByteArray>("button");
+        QTest::newRow("of the control row") << QByteArray("currentSoftwareButton");
+        QTest::newRow("beside the name") << QByteArray("softwareSwitchButton");
+    }
+
+    void aProgramWithoutATestedVersionIsNotSwitchedTo()
+    {
+        QFETCH(QByteArray, button);
+        StockPageFixture page;
+        page.openPage();
+        BoxAnswer answer(ok);
+        page.find<QPushButton>(button.constData())->click();
+        QVERIFY(answer.shown());
+        QCOMPARE(answer.title(), QStringLiteral("无法切换"));
+        QCOMPARE(
+            answer.text(),
+            QStringLiteral("同花顺 尚未测试通过。\n\n请先在设置中测试 同花顺 版本，测试通过后才能切换。"));
+        QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("通达信"));
+        QVERIFY(!page.page->isMonitoring());
+        QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("tdx"));
+    }
+
+    void theProgramIsSwitched()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setThsVersion(QStringLiteral("9.30"));
+        page.openInTdx("600519", 11);
+        page.openInTdx("600519", 12);
+        page.openInThs("000001", 21);
+        page.openInThs("000001", 22);
+        page.openPage();
+        QVERIFY(page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
+        page.find<QPushButton>("currentSoftwareButton")->click();
+        QCOMPARE(page.status(), QStringLiteral("已切换到 同花顺 (版本: 9.30)"));
+        QVERIFY(page.style("statusLabel").contains(QStringLiteral("bold")));
+        QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("同花顺"));
+        QCOMPARE(page.find<QPushButton>("softwareSwitchButton")->text(), QStringLiteral("同"));
+        QCOMPARE(page.find<QPushButton>("softwareSwitchButton")->toolTip(),
+                 QStringLiteral("当前: 同花顺\n点击切换到通达信并开启自动刷新"));
+        QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("ths"));
+        QVERIFY(!page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
+        QVERIFY(page.find<QComboBox>("thsInstanceComboBox")->isVisible());
+        QVERIFY(!page.page->isMonitoring());
+        // What follows is said in the plain style again.
+        page.switchOn();
+        QCOMPARE(page.style("statusLabel"), QString());
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000001"));
+    }
+
+    void theButtonBesideTheNameAlsoStartsTheLoop()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setThsVersion(QStringLiteral("9.30"));
+        ConfigManager::instance()->setTdxVersion(QStringLiteral("7.65"));
+        page.openPage();
+        page.find<QPushButton>("softwareSwitchButton")->click();
+        QCOMPARE(page.status(), QStringLiteral("已切换到 同花顺 (版本: 9.30) 并开启自动刷新"));
+        QVERIFY(page.page->isMonitoring());
+        QVERIFY(page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+        page.find<QPushButton>("softwareSwitchButton")->click();
+        QCOMPARE(page.status(), QStringLiteral("已切换到 通达信 (版本: 7.65)"));
+        QVERIFY(page.page->isMonitoring());
+    }
+
+    void theListOfCopiesFollowsTheirNumber()
+    {
+        {
+            StockPageFixture page;
+            page.openPage();
+            auto *box = page.find<QComboBox>("tdxInstanceComboBox");
+            QVERIFY(!box->isVisible());
+            QCOMPARE(box->count(), 1);
+            QCOMPARE(box->itemText(0), QStringLiteral("未找到通达信进程"));
+            QCOMPARE(box->itemData(0).toUInt(), 0U);
+            QCOMPARE(page.find<QComboBox>("thsInstanceComboBox")->itemText(0),
+                     QStringLiteral("未找到同花顺进程"));
+        }
+        {
+            StockPageFixture page;
+            page.openInTdx("600519", 11);
+            page.openPage();
+            QVERIFY(!page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
+        }
+        StockPageFixture page;
+        page.openInTdx("600519", 11);
+        page.openInTdx("000001", 12);
+        page.openPage();
+        auto *box = page.find<QComboBox>("tdxInstanceComboBox");
+        QVERIFY(box->isVisible());
+        QCOMPARE(box->count(), 2);
+        QCOMPARE(box->itemText(0), QStringLiteral("new_tdx11 (PID:11)"));
+        QCOMPARE(box->itemText(1), QStringLiteral("new_tdx12 (PID:12)"));
+        QCOMPARE(box->currentIndex(), 0);
+
+        // The choice counts at the next attachment.
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        box->setCurrentIndex(1);
+        emit box->activated(1);
+        QCOMPARE(page.status(), QStringLiteral("已切换通达信实例: new_tdx12 (PID:12)"));
+        page.tick();
+        QCOMPARE(page.page->currentStockCode(), QStringLiteral("600519"));
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.page->currentStockCode(), QStringLiteral("000001"));
+    }
+
+    // --- links, portals, hot keys --------------------------------------------------------------------------
+
+    void theNameAsksForNewsAboutTheStock()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QSignalSpy requested(page.page, &StockAnalysisWidget::searchStockNameRequested);
+        QSignalSpy changed(page.page, &StockAnalysisWidget::stockCodeChanged);
+        auto *label = page.find<QLabel>("companyNameLabel");
+        QVERIFY(!label->openExternalLinks());
+        QTest::mouseClick(label, Qt::LeftButton, Qt::NoModifier, QPoint(20, label->height() / 2));
+        QCOMPARE(requested.size(), 1);
+        QCOMPARE(requested.first().first().toString(), QStringLiteral("股600519"));
+        emit label->linkActivated(QStringLiteral("https://larkspire.example"));
+        QCOMPARE(requested.size(), 1);
+        QCOMPARE(changed.size(), 0);
+    }
+
+    void everyPortalButtonOpensItsPageWithoutAProxy()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const QNetworkProxy proxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), 9);
+        QNetworkProxy::setApplicationProxy(proxy);
+        Browser browser;
+        const struct
+        {
+            const char *button;
+            const char *part;
+        } portals[] = {{"clsButton", "stock?code=sh600519"},    {"lhbButton", "/market/lhbgg/code/600519/"},
+                       {"eastmoneyButton", "list,sh600519"},    {"taogubaButton", "/quotes/sh600519"},
+                       {"jiucaiButton", "k=600519&type=stock"}, {"aigupiaoButton", "/content/600519"},
+                       {"sinaButton", "symbol/sh600519"},       {"xueqiuButton", "/S/SH600519"}};
+        for (const auto &portal : portals) {
+            auto *button = page.find<QPushButton>(portal.button);
+            QCOMPARE(button->toolTip(),
+                     QStringLiteral("点击打开 %1 查看股票 600519 的详细信息").arg(button->text()));
+            button->click();
+            QVERIFY2(browser.opened.last().toString().contains(QString::fromLatin1(portal.part)),
+                     portal.button);
+            QCOMPARE(browser.proxy, QNetworkProxy::NoProxy);
+        }
+        QCOMPARE(browser.opened.size(), 8);
+        QCOMPARE(QNetworkProxy::applicationProxy(), proxy);
+        QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::NoProxy));
+    }
+
+    void hotKeysAreTakenWhileTheLoopRuns()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setThemeHotkey(QStringLiteral("F13"));
+        ConfigManager::instance()->setDynamicHotkey(QStringLiteral("F14"));
+        page.openPage();
+        RecordingHotkeyBackend *backend = RecordingHotkeyBackend::installed();
+        // As long as their buttons lead nowhere, the keys are left to the other programs.
+        page.switchOn();
+        QCOMPARE(backend->registrations().size(), 0);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+
+        auto *theme = page.find<QPushButton>("themeButton");
+        auto *analysis = page.find<QPushButton>("searchStockButton");
+        theme->setEnabled(true);
+        analysis->setEnabled(true);
+        page.switchOn();
+        QCOMPARE(backend->registrations().size(), 2);
+        const GlobalHotkey::NativeShortcut f13 =
+            GlobalHotkeyPrivate::instance()->nativeShortcut(Qt::Key_F13, Qt::NoModifier);
+        const GlobalHotkey::NativeShortcut f14 =
+            GlobalHotkeyPrivate::instance()->nativeShortcut(Qt::Key_F14, Qt::NoModifier);
+        QSignalSpy themeClicked(theme, &QPushButton::clicked);
+        QSignalSpy analysisClicked(analysis, &QPushButton::clicked);
+        backend->press(f13);
+        QTRY_COMPARE(themeClicked.size(), 1);
+        QCOMPARE(analysisClicked.size(), 0);
+        backend->press(f14);
+        QTRY_COMPARE(analysisClicked.size(), 1);
+
+        // Changed settings count at once.
+        ConfigManager::instance()->setThemeHotkey(QStringLiteral("F15"));
+        page.page->reloadSettings();
+        backend->press(GlobalHotkeyPrivate::instance()->nativeShortcut(Qt::Key_F15, Qt::NoModifier));
+        QTRY_COMPARE(themeClicked.size(), 2);
+
+        backend->reset();
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        QCOMPARE(backend->registrations().size(), 2); // given back
+        backend->press(f14);
+        QCoreApplication::processEvents();
+        QCOMPARE(analysisClicked.size(), 1);
+    }
+
+    void theDestructorStoresWhatWasChosen()
+    {
+        StockPageFixture page;
+        page.openPage();
+        page.switchOn();
+        page.find<QComboBox>("linkageComboBox")->setCurrentIndex(3);
+        page.window.reset();
+        QVERIFY(ConfigManager::instance()->getStockAutoRefresh());
+        QCOMPARE(ConfigManager::instance()->getStockLinkageMode(), 3);
+    }
+};
+
+LARKSPIRE_TEST_MAIN(tst_StockAnalysisWidget)
+#include "tst_stockanalysiswidget.moc"
