@@ -147,32 +147,52 @@ std::uint64_t Market::seedFor(std::uint64_t topic) const
 
 std::int64_t Market::move(Day day) const
 {
-    Dice dice(seedFor(MarketTopic), static_cast<std::uint64_t>(tradingNumber(day)));
-    return dice.between(-55, 55) + dice.between(-55, 55) + dice.between(-55, 58);
+    return moodOf(tradingNumber(day)).move;
 }
 
 std::vector<const Concept *> Market::hotConcepts(Day day) const
 {
-    // Each of them stays for three days, and on every day another one gives way.
     std::vector<const Concept *> hot;
-    const std::int64_t number = tradingNumber(day);
-    for (std::int64_t place = 0; place < HotConcepts; ++place) {
-        const Concept *theme = hotConcept(number, place);
+    for (const Concept *theme : moodOf(tradingNumber(day)).hot) {
         if (std::find(hot.begin(), hot.end(), theme) == hot.end())
             hot.push_back(theme);
     }
     return hot;
 }
 
-const Concept *Market::hotConcept(std::int64_t number, std::int64_t place) const
+Market::Mood Market::moodOf(std::int64_t number) const
 {
-    Dice dice(seedFor(ConceptTopic),
-              static_cast<std::uint64_t>((number + place) / HotConcepts * HotConcepts + place));
-    return &dice.of(conceptCatalogue());
+    Mood mood;
+    // Each concept stays for three days, and on every day another one gives way.
+    for (std::int64_t place = 0; place < HotConcepts; ++place) {
+        Dice dice(seedFor(ConceptTopic),
+                  static_cast<std::uint64_t>((number + place) / HotConcepts * HotConcepts + place));
+        mood.hot[static_cast<std::size_t>(place)] = &dice.of(conceptCatalogue());
+    }
+    Dice dice(seedFor(MarketTopic), static_cast<std::uint64_t>(number));
+    mood.move = dice.between(-55, 55) + dice.between(-55, 55) + dice.between(-55, 58);
+    return mood;
 }
 
-DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &concepts, std::int64_t number,
-                    std::int64_t previousClose, int boards) const
+std::shared_ptr<const Market::Moods> Market::moods(std::int64_t first, std::int64_t last) const
+{
+    const auto count = static_cast<std::size_t>(last - first + 1);
+    const std::lock_guard lock(m_mutex);
+    // One era is asked for again and again, others for a look back.
+    if (m_moods.size() >= 2 && m_moods.find(first) == m_moods.end())
+        m_moods.clear();
+    auto &known = m_moods[first];
+    if (!known || known->size() < count) {
+        auto longer = known ? std::make_shared<Moods>(*known) : std::make_shared<Moods>();
+        while (longer->size() < count)
+            longer->push_back(moodOf(first + static_cast<std::int64_t>(longer->size())));
+        known = std::move(longer);
+    }
+    return known;
+}
+
+DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &concepts, const Mood &mood,
+                    std::int64_t number, std::int64_t previousClose, int boards) const
 {
     const std::int64_t limit = limitPercent(stock);
     DayBar bar;
@@ -189,9 +209,8 @@ DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &conc
     }
 
     Dice dice(seedFor(StockTopic + codeNumber(stock)), static_cast<std::uint64_t>(number));
-    for (std::int64_t place = 0; place < HotConcepts && !bar.reason; ++place) {
-        const Concept *theme = hotConcept(number, place);
-        if (std::find(concepts.begin(), concepts.end(), theme) != concepts.end())
+    for (const Concept *theme : mood.hot) {
+        if (!bar.reason && std::find(concepts.begin(), concepts.end(), theme) != concepts.end())
             bar.reason = theme;
     }
     const bool hot = bar.reason != nullptr;
@@ -271,7 +290,7 @@ DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &conc
         bar.reason = nullptr;
         break;
     default: {
-        std::int64_t change = move(bar.day) + dice.between(-110, 110) + dice.between(-110, 110) +
+        std::int64_t change = mood.move + dice.between(-110, 110) + dice.between(-110, 110) +
                               dice.between(-110, 110) + (hot ? 70 : 0);
         if (dice.once(25))
             change += (dice.once(2) ? 1 : -1) * dice.between(200, 450);
@@ -301,12 +320,14 @@ std::shared_ptr<const History> Market::simulated(const Stock &stock, std::int64_
     start += (lastNumber - start) / eraLength * eraLength - warmUp;
 
     const std::vector<const Concept *> concepts = conceptsOf(stock);
+    const auto daysMoods = moods(start, lastNumber);
     auto history = std::make_shared<History>();
     history->reserve(HistoryLength);
     std::int64_t close = stock.usualPrice;
     int boards = 0;
     for (std::int64_t number = start; number <= lastNumber; ++number) {
-        const DayBar bar = next(stock, concepts, number, close, boards);
+        const DayBar bar = next(stock, concepts, (*daysMoods)[static_cast<std::size_t>(number - start)],
+                                number, close, boards);
         close = bar.close;
         if (bar.kind != DayKind::Suspended)
             boards = bar.boards;

@@ -2,6 +2,7 @@
 
 #include "service/TradingCalendar.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -106,15 +107,26 @@ public:
     std::uint64_t seedFor(std::uint64_t topic) const;
 
 private:
-    const Concept *hotConcept(std::int64_t number, std::int64_t place) const;
-    DayBar next(const Stock &stock, const std::vector<const Concept *> &concepts, std::int64_t number,
-                std::int64_t previousClose, int boards) const;
+    /// What holds for all stocks on a day.
+    struct Mood
+    {
+        std::array<const Concept *, HotConcepts> hot;
+        std::int64_t move = 0;
+    };
+    using Moods = std::vector<Mood>;
+
+    Mood moodOf(std::int64_t number) const;
+    std::shared_ptr<const Moods> moods(std::int64_t first, std::int64_t last) const;
+    DayBar next(const Stock &stock, const std::vector<const Concept *> &concepts, const Mood &mood,
+                std::int64_t number, std::int64_t previousClose, int boards) const;
     std::shared_ptr<const History> simulated(const Stock &stock, std::int64_t lastNumber) const;
 
     std::uint64_t m_seed;
     mutable std::mutex m_mutex;
     /// By number of the last day and then by stock; only few days are kept.
     mutable std::map<std::int64_t, std::map<const Stock *, std::shared_ptr<const History>>> m_known;
+    /// Moods of the days from a first one on.
+    mutable std::map<std::int64_t, std::shared_ptr<const Moods>> m_moods;
 };
 
 /// Change of `price` against `previousClose` in hundredths of a percent, rounded.

@@ -11,6 +11,7 @@
 #include "service/Identification.h"
 #include "service/KeywordRoutes.h"
 #include "service/Market.h"
+#include "service/MarketRoutes.h"
 #include "service/NewsRoutes.h"
 #include "service/Relay.h"
 #include "service/Statistics.h"
@@ -59,6 +60,7 @@ private:
     KeywordRoutes m_keywordRoutes;
     StockRoutes m_stockRoutes;
     BlacklistRoutes m_blacklistRoutes;
+    MarketRoutes m_marketRoutes;
     AdminRoutes m_adminRoutes;
     Router m_router;
     HttpServer m_server;
