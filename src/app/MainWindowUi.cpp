@@ -28,6 +28,7 @@ constexpr int FormHeight = 697;
 constexpr int DetailsMinimumHeight = 250;
 constexpr int ControlRowMaximumHeight = 80;
 constexpr int CountFieldMaximumWidth = 80;
+constexpr int PageButtonAir = 28;
 constexpr int StatusItemTop = 2;
 constexpr int StatusItemHeight = 20;
 constexpr int StatusTextIndent = 6;
@@ -87,6 +88,14 @@ QLineEdit *makeCountField(const QString &objectName, const QString &text)
     field->setFocusPolicy(Qt::ClickFocus);
     field->setAccessibleName(text);
     return field;
+}
+
+/// A button whose text does not touch its frame; the style leaves a text of six characters no air.
+QPushButton *makePageButton(const QString &objectName, const QString &text)
+{
+    auto *button = make<QPushButton>(objectName, text);
+    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + PageButtonAir);
+    return button;
 }
 
 } // namespace
@@ -227,7 +236,7 @@ void MainWindowUi::buildInteractivePlatformPage()
     interactivePlatformCountLineEdit =
         makeCountField(QStringLiteral("interactivePlatformCountLineEdit"), countText);
     refreshInteractivePlatformButton =
-        make<QPushButton>(QStringLiteral("refreshInteractivePlatformButton"), QStringLiteral("刷新互动平台"));
+        makePageButton(QStringLiteral("refreshInteractivePlatformButton"), QStringLiteral("刷新互动平台"));
     auto *row = new QHBoxLayout(interactivePlatformControlGroupBox);
     row->addWidget(interactivePlatformCountLabel);
     row->addWidget(interactivePlatformCountLineEdit);
@@ -261,9 +270,9 @@ void MainWindowUi::buildSelectedNewsPage()
     selectedNewsCountLabel = make<QLabel>(QStringLiteral("selectedNewsCountLabel"), countText);
     selectedNewsCountLineEdit = makeCountField(QStringLiteral("selectedNewsCountLineEdit"), countText);
     refreshSelectedNewsButton =
-        make<QPushButton>(QStringLiteral("refreshSelectedNewsButton"), QStringLiteral("刷新自选新闻"));
+        makePageButton(QStringLiteral("refreshSelectedNewsButton"), QStringLiteral("刷新自选新闻"));
     manageSelectedKeywordsButton =
-        make<QPushButton>(QStringLiteral("manageSelectedKeywordsButton"), QStringLiteral("管理自选关键词"));
+        makePageButton(QStringLiteral("manageSelectedKeywordsButton"), QStringLiteral("管理自选关键词"));
     auto *row = new QHBoxLayout(selectedNewsControlGroupBox);
     row->addWidget(selectedNewsCountLabel);
     row->addWidget(selectedNewsCountLineEdit);

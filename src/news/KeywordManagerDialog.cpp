@@ -3,6 +3,7 @@
 #include "news/EmptyListHint.h"
 #include "news/KeywordRules.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFile>
@@ -12,6 +13,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,6 +32,7 @@
 namespace {
 
 constexpr int loadTimeoutMs = 15000;
+constexpr int buttonWidth = 80;
 
 enum Column
 {
@@ -50,11 +53,21 @@ const QString noMatchText = QStringLiteral("没有匹配的关键词，按回车
 const QString unreadableText = QStringLiteral("无法打开文件");
 const QString selectedCaption = QStringLiteral("设为自选新闻关键词");
 
+/// One look for all buttons, in both skins and under every style.
+void dress(QAbstractButton *button)
+{
+    button->setIcon(QIcon());
+    button->setMinimumWidth(buttonWidth);
+}
+
 QDialogButtonBox *okAndCancel(QDialog *dialog)
 {
     auto *box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, dialog);
     box->button(QDialogButtonBox::Ok)->setText(QStringLiteral("确定"));
     box->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("取消"));
+    const QList<QAbstractButton *> buttons = box->buttons();
+    for (QAbstractButton *button : buttons)
+        dress(button);
     QObject::connect(box, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
     QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
     return box;
@@ -139,6 +152,8 @@ void KeywordManagerDialog::buildLayout()
     QPushButton *closeButton = m_buttonBox->button(QDialogButtonBox::Close);
     closeButton->setText(QStringLiteral("关闭"));
     closeButton->setAutoDefault(false);
+    for (QPushButton *button : {m_addButton, m_editButton, m_removeButton, m_exportButton, closeButton})
+        dress(button);
 
     m_keywordTable->setHorizontalHeaderLabels(
         {QStringLiteral("关键词"), QStringLiteral("状态"), QStringLiteral("自选")});

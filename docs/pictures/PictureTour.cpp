@@ -1,0 +1,235 @@
+#include "PictureTour.h"
+
+#include "accounts/EnhancedLoginDialog.h"
+#include "support/DialogVisit.h"
+#include "support/WindowInput.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCursor>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QPushButton>
+#include <QScreen>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QtTest>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int patienceMs = 20000;
+
+template <class Kind>
+Kind *part(const QWidget &window, const char *name)
+{
+    return window.findChild<Kind *>(QLatin1String(name));
+}
+
+bool until(const std::function<bool()> &condition)
+{
+    return QTest::qWaitFor(condition, patienceMs);
+}
+
+/// Types into the fields of these names.
+void fill(const QWidget &window, const QList<QPair<const char *, QString>> &texts)
+{
+    for (const auto &[name, text] : texts) {
+        if (auto *field = part<QLineEdit>(window, name))
+            WindowInput::fill(field, text);
+    }
+}
+
+} // namespace
+
+PictureTour::PictureTour(const QDir &folder, const QString &apiKey, bool dark)
+    : m_folder(folder)
+    , m_apiKey(apiKey)
+    , m_ending(dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png"))
+{}
+
+bool PictureTour::failed(const QString &what)
+{
+    std::fprintf(stderr, "pictures: %s\n", qPrintable(what));
+    return false;
+}
+
+bool PictureTour::walk()
+{
+    // Nothing is to look pointed at.
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
+    QApplication::setCursorFlashTime(0);
+    return waysIn() && login() && accountDialogs() && keywordManager() && pages();
+}
+
+bool PictureTour::shoot(QWidget *window, const QString &name)
+{
+    if (!window || !until([window] { return window->isVisible() && window->isActiveWindow(); }))
+        return failed(name + QStringLiteral(" is not in front"));
+    QCoreApplication::processEvents();
+    if (!window->grab().save(m_folder.filePath(name + m_ending)))
+        return failed(name + QStringLiteral(" cannot be stored"));
+    return true;
+}
+
+bool PictureTour::visit(const QString &title, const std::function<void()> &open,
+                        const std::function<bool(QDialog &)> &visit)
+{
+    bool good = false;
+    const DialogVisit running(title, [&](QDialog &dialog) {
+        good = visit(dialog);
+        if (dialog.isVisible())
+            WindowInput::press(&dialog, Qt::Key_Escape);
+    });
+    open();
+    if (!until([&running] { return running.begun() && !QApplication::activePopupWidget(); }))
+        return failed(title + QStringLiteral(" has not come"));
+    return good;
+}
+
+bool PictureTour::chooseTab(QTabWidget *tabs, const QString &text)
+{
+    for (int index = 0; index < tabs->count(); ++index) {
+        if (tabs->tabText(index) == text) {
+            tabs->setCurrentIndex(index);
+            return true;
+        }
+    }
+    return failed(QStringLiteral("there is no tab ") + text);
+}
+
+bool PictureTour::waysIn()
+{
+    // It comes by itself, a second after the start.
+    if (!visit(
+            QStringLiteral("选择登录方式"), [] {},
+            [this](QDialog &dialog) {
+                const bool good = shoot(&dialog, QStringLiteral("login-method"));
+                WindowInput::press(&dialog, Qt::Key_Return);
+                return good;
+            }))
+        return false;
+
+    EnhancedLoginDialog *dialog = nullptr;
+    if (!until([&] {
+            dialog = m_window.findChild<EnhancedLoginDialog *>();
+            return dialog && dialog->isActiveWindow();
+        }))
+        return failed(QStringLiteral("the login dialog has not come"));
+    auto *tabs = dialog->findChild<QTabWidget *>();
+    fill(*dialog, {{"usernameEdit", QStringLiteral("云雀用户")},
+                   {"emailEdit", QStringLiteral("demo@larkspire.example")},
+                   {"passwordEdit", QStringLiteral("lark-demo-2026")}});
+    bool good = shoot(dialog, QStringLiteral("login-email"));
+    for (int index = 1; index < tabs->count(); ++index) {
+        tabs->setCurrentIndex(index);
+        good = good && shoot(dialog, index == 1 ? QStringLiteral("login-key") : QStringLiteral("login-free"));
+    }
+    tabs->setCurrentIndex(0);
+    return good &&
+           visit(
+               QStringLiteral("用户注册"),
+               [dialog] { WindowInput::click(part<QPushButton>(*dialog, "registerButton")); },
+               [this](QDialog &registration) {
+                   fill(registration, {{"usernameEdit", QStringLiteral("lark2026")},
+                                       {"emailEdit", QStringLiteral("trader@larkspire.example")}});
+                   return shoot(&registration, QStringLiteral("register"));
+               }) &&
+           visit(
+               QStringLiteral("重置密码"),
+               [dialog] { WindowInput::click(part<QPushButton>(*dialog, "forgotPasswordButton")); },
+               [this](QDialog &reset) { return shoot(&reset, QStringLiteral("reset-password")); });
+}
+
+bool PictureTour::login()
+{
+    auto *dialog = m_window.findChild<EnhancedLoginDialog *>();
+    dialog->findChild<QTabWidget *>()->setCurrentIndex(1);
+    fill(*dialog, {{"apiKeyEdit", m_apiKey}});
+    WindowInput::press(dialog, Qt::Key_Return);
+    const auto *news = part<QTableWidget>(m_window, "newsTableWidget");
+    if (!until([this, news] { return m_window.isActiveWindow() && news->rowCount() > 0; }))
+        return failed(QStringLiteral("there is no news"));
+    return shoot(&m_window, QStringLiteral("main-window"));
+}
+
+bool PictureTour::accountDialogs()
+{
+    const struct
+    {
+        const char *action;
+        const char *title;
+        const char *name;
+    } dialogs[] = {{"actionUserInfo", "用户信息", "user-card"},
+                   {"actionCustomerService", "客服", "customer-service"}};
+    for (const auto &entry : dialogs) {
+        part<QAction>(m_window, entry.action)->trigger();
+        QWidget *dialog = nullptr;
+        if (!until([&dialog, this] {
+                dialog = QApplication::activeWindow();
+                return dialog && dialog != &m_window;
+            }))
+            return failed(QString::fromUtf8(entry.title) + QStringLiteral(" has not come"));
+        if (!shoot(dialog, QString::fromLatin1(entry.name)))
+            return false;
+        dialog->close();
+        if (!until([this] { return m_window.isActiveWindow(); }))
+            return failed(QStringLiteral("the window has not come back"));
+    }
+    return true;
+}
+
+bool PictureTour::keywordManager()
+{
+    return visit(
+        QStringLiteral("关键词管理"), [this] { part<QAction>(m_window, "actionKeywordManager")->trigger(); },
+        [this](QDialog &dialog) {
+            auto *list = part<QTableWidget>(dialog, "keywordTable");
+            if (!until([list] { return list->rowCount() > 0; }))
+                return failed(QStringLiteral("there are no keywords"));
+            list->selectRow(1);
+            return shoot(&dialog, QStringLiteral("keyword-manager")) &&
+                   visit(
+                       QStringLiteral("编辑关键词"),
+                       [&dialog] { WindowInput::click(part<QPushButton>(dialog, "editButton")); },
+                       [this](QDialog &editing) {
+                           return shoot(&editing, QStringLiteral("keyword-edit"));
+                       }) &&
+                   visit(
+                       QStringLiteral("添加关键词"),
+                       [&dialog] {
+                           WindowInput::fill(part<QLineEdit>(dialog, "keywordEdit"),
+                                             QStringLiteral("固态电池"));
+                           WindowInput::press(&dialog, Qt::Key_Return);
+                       },
+                       [this](QDialog &adding) { return shoot(&adding, QStringLiteral("keyword-add")); });
+        });
+}
+
+bool PictureTour::pages()
+{
+    auto *tabs = part<QTabWidget>(m_window, "mainTabWidget");
+    const auto *status = part<QLabel>(m_window, "statusLabel");
+    const struct
+    {
+        const char *tab;
+        const char *status;
+        const char *name;
+    } lists[] = {{"互动平台", "互动平台新闻已更新", "interactive-page"},
+                 {"自选新闻", "自选新闻已更新", "selected-page"}};
+    for (const auto &page : lists) {
+        if (!chooseTab(tabs, QString::fromUtf8(page.tab)) ||
+            !until([status, &page] { return status->text().startsWith(QString::fromUtf8(page.status)); }) ||
+            !shoot(&m_window, QString::fromLatin1(page.name)))
+            return failed(QString::fromUtf8(page.tab) + QStringLiteral(" is not there"));
+        tabs->setCurrentIndex(0);
+    }
+    auto *search = part<QLineEdit>(m_window, "searchLineEdit");
+    WindowInput::fill(search, QStringLiteral("机器人"));
+    WindowInput::press(search, Qt::Key_Return);
+    return until([status] { return status->text().startsWith(QStringLiteral("搜索完成")); }) &&
+           shoot(&m_window, QStringLiteral("search-page"));
+}
