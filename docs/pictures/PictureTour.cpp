@@ -67,6 +67,9 @@ bool PictureTour::walk()
 
 bool PictureTour::shoot(QWidget *window, const QString &name)
 {
+    // A window manager may have lost the focus between two dialogs that went at once.
+    if (window && !window->isActiveWindow())
+        window->activateWindow();
     if (!window || !until([window] { return window->isVisible() && window->isActiveWindow(); }))
         return failed(name + QStringLiteral(" is not in front"));
     QCoreApplication::processEvents();
@@ -80,7 +83,7 @@ bool PictureTour::visit(const QString &title, const std::function<void()> &open,
 {
     bool good = false;
     const DialogVisit running(title, [&](QDialog &dialog) {
-        good = visit(dialog);
+        good = visit(dialog) && until([&dialog] { return !dialog.isVisible() || dialog.isActiveWindow(); });
         if (dialog.isVisible())
             WindowInput::press(&dialog, Qt::Key_Escape);
     });
@@ -224,7 +227,7 @@ bool PictureTour::pages()
         if (!chooseTab(tabs, QString::fromUtf8(page.tab)) ||
             !until([status, &page] { return status->text().startsWith(QString::fromUtf8(page.status)); }) ||
             !shoot(&m_window, QString::fromLatin1(page.name)))
-            return failed(QString::fromUtf8(page.tab) + QStringLiteral(" is not there"));
+            return failed(QString::fromUtf8(page.tab) + QStringLiteral(" is not there: ") + status->text());
         tabs->setCurrentIndex(0);
     }
     auto *search = part<QLineEdit>(m_window, "searchLineEdit");
