@@ -83,6 +83,9 @@ QTabWidget::pane { border: 1px solid #555555; background-color: #353535; }
 QTabBar::tab { background-color: #2b2b2b; color: white; padding: 8px 12px; margin-right: 2px; }
 QTabBar::tab:selected { background-color: #404040; border-bottom: 2px solid #42a5f5; }
 QTabBar::tab:hover { background-color: #505050; }
+QLineEdit:focus { border: 1px solid #42a5f5; }
+QPushButton:default { border: 1px solid #7394B0; }
+QPushButton:focus { border: 1px solid #42a5f5; }
 QLineEdit:disabled { color: #9A9A9A; }
 QPushButton:disabled { color: #9A9A9A; }
 QCheckBox:disabled { color: #9A9A9A; }

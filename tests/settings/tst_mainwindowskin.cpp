@@ -154,6 +154,9 @@ private slots:
                                          t("QTabBar::tab"),
                                          t("QTabBar::tab:selected"),
                                          t("QTabBar::tab:hover"),
+                                         t("QLineEdit:focus"),
+                                         t("QPushButton:default"),
+                                         t("QPushButton:focus"),
                                          t("QLineEdit:disabled"),
                                          t("QPushButton:disabled"),
                                          t("QCheckBox:disabled"),
@@ -203,6 +206,11 @@ private slots:
         add("QTabBar::tab", {background("#2b2b2b"), white, t("padding: 8px 12px;"), t("margin-right: 2px;")});
         add("QTabBar::tab:selected", {background("#404040"), t("border-bottom: 2px solid #42a5f5;")});
         add("QTabBar::tab:hover", {background("#505050")});
+        // What the keyboard acts on can be seen.
+        const QString highlight = t("border: 1px solid #42a5f5;");
+        add("QLineEdit:focus", {highlight});
+        add("QPushButton:default", {t("border: 1px solid #7394B0;")});
+        add("QPushButton:focus", {highlight});
         for (const char *selector : {"QLineEdit:disabled", "QPushButton:disabled", "QCheckBox:disabled",
                                      "QMenuBar::item:disabled", "QMenu::item:disabled"})
             add(selector, {t("color: #9A9A9A;")});
@@ -279,6 +287,38 @@ private slots:
         QVERIFY(!disabled.isNull());
         QCOMPARE(pixelsOf(disabled, Qt::white), 0);
         QVERIFY2(pixelsOf(disabled, QColor(0x9A, 0x9A, 0x9A)) > 0, "nothing grey while disabled");
+    }
+
+    void focusIsSeen_data()
+    {
+        QTest::addColumn<bool>("isButton");
+        QTest::newRow("field") << false;
+        QTest::newRow("button") << true;
+    }
+
+    void focusIsSeen()
+    {
+        QFETCH(bool, isButton);
+        QWidget window;
+        auto *layout = new QVBoxLayout(&window);
+        const auto make = [isButton]() -> QWidget * {
+            return isButton ? static_cast<QWidget *>(new QPushButton(t("Button"))) : new QLineEdit;
+        };
+        QWidget *first = make();
+        QWidget *second = make();
+        layout->addWidget(first);
+        layout->addWidget(second);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QColor highlight(0x42, 0xa5, 0xf5);
+        for (QWidget *focused : {first, second}) {
+            focused->setFocus();
+            QWidget *other = focused == first ? second : first;
+            const int frame = 2 * (focused->width() + focused->height()) - 30;
+            QVERIFY(pixelsOf(focused->grab().toImage(), highlight) >= frame);
+            QCOMPARE(pixelsOf(other->grab().toImage(), highlight), 0);
+        }
     }
 
     void aCheckedBoxShowsAWhiteTickAndAnUncheckedOneNone()
