@@ -367,7 +367,8 @@ LabelContent trendSignals(const QString &json)
         return styled(QString(), StockRendering::neutralStyle());
     QStringList texts;
     QStringList spans;
-    for (const QJsonValue &value : QJsonDocument::fromJson(json.toUtf8()).array()) {
+    const QJsonArray values = QJsonDocument::fromJson(json.toUtf8()).array();
+    for (const QJsonValue &value : values) {
         const QString signal = value.toString();
         if (signal.isEmpty())
             continue;
