@@ -15,8 +15,6 @@ struct LabelContent
     std::optional<QString> style;
     /// Plain text: what the label cannot show whole. Empty takes the tool tip away.
     QString toolTip;
-    /// Whether the style asks for a text in the middle of the label; a style sheet cannot do that to a label.
-    bool centred = false;
 };
 
 /// By the object names of the labels.

@@ -78,32 +78,27 @@ QString styleOnColor(const char *color)
 
 LabelContent plain(const QString &text)
 {
-    return {text, QString(), {}, false};
+    return {text, QString(), {}};
 }
 
 LabelContent styled(const QString &text, const QString &style)
 {
-    return {text, style, {}, false};
-}
-
-LabelContent centred(const QString &text, const QString &style)
-{
-    return {text, style, {}, true};
+    return {text, style, {}};
 }
 
 LabelContent caption(const QString &text)
 {
-    return {text, std::nullopt, {}, false};
+    return {text, std::nullopt, {}};
 }
 
 LabelContent strong(const QString &text)
 {
-    return centred(text, StockRendering::purpleStyle());
+    return styled(text, StockRendering::purpleStyle());
 }
 
 LabelContent weak(const QString &text)
 {
-    return centred(text, StockRendering::greenStyle());
+    return styled(text, StockRendering::greenStyle());
 }
 
 QString nameLink(const QString &name, const QString &shown, const QString &code,
@@ -199,7 +194,7 @@ LabelContent business(const QString &text)
         return styled(QStringLiteral("--"), style);
     if (text.size() <= longest)
         return styled(text, style);
-    return {text.left(kept) + QStringLiteral("..."), style, text, false};
+    return {text.left(kept) + QStringLiteral("..."), style, text};
 }
 
 // History
@@ -240,7 +235,7 @@ LabelContent thirtyDayGain(double gain)
     if (gain >= 30)
         return strong(text);
     if (gain > 5)
-        return centred(text, styleOnColor("#ab2e00"));
+        return styled(text, styleOnColor("#ab2e00"));
     return weak(text);
 }
 
@@ -302,7 +297,7 @@ LabelContent fiveDayLineDays(const LimitStats &stats)
     const QString text = days.isEmpty() ? missing() : bold(days.toHtmlEscaped() + QStringLiteral("天"));
     if (stats.aboveMa5 == 0)
         return weak(text);
-    return days.toInt() < 2 ? centred(text, styleOnColor("#ff6b6b")) : strong(text);
+    return days.toInt() < 2 ? styled(text, styleOnColor("#ff6b6b")) : strong(text);
 }
 
 /// The words and styles in which the distance of a date is told.
@@ -381,8 +376,7 @@ LabelContent trendSignals(const QString &json)
             QStringLiteral("<span style='color: #ffd700; font-weight: bold; background-color: "
                            "rgba(255, 215, 0, 0.1); padding: 4px 8px; border-radius: 4px;'>--</span>"),
             StockRendering::neutralStyle());
-    return {spans.join(QLatin1Char(' ')), StockRendering::neutralStyle(), texts.join(QLatin1Char('\n')),
-            false};
+    return {spans.join(QLatin1Char(' ')), StockRendering::neutralStyle(), texts.join(QLatin1Char('\n'))};
 }
 
 // Opening
@@ -443,7 +437,7 @@ LabelContent ma5Status(const StockInfo &info, const LimitStats &stats, const QDa
     const bool opensAbove = line > noPrice && open >= line;
     const bool opensBelow = open > noPrice && line > open;
     const bool wasAbove = stats.aboveMa5 != 0;
-    const int days = stats.ma5ConsecutiveDays.toInt() + 1;
+    const qint64 days = stats.ma5ConsecutiveDays.toInt() + qint64(1);
 
     if (QDate::fromString(info.actualDate, QStringLiteral("yyyy-MM-dd")) == now.date()) {
         if (opensAbove)

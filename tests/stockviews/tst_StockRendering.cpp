@@ -133,8 +133,6 @@ private slots:
 
     void historyShowsByItsThresholds_data();
     void historyShowsByItsThresholds();
-    void centredLooksAskForTheMiddle_data();
-    void centredLooksAskForTheMiddle();
     void theFiveDayCaptionFollowsTheSide_data();
     void theFiveDayCaptionFollowsTheSide();
     void datesShowTheirDistance_data();
@@ -149,6 +147,8 @@ private slots:
     void openingDataOfYesterdayStandUntilTenPastNine();
     void theOpeningIsToldByTheFiveDayLine_data();
     void theOpeningIsToldByTheFiveDayLine();
+    void daysThatAreNoneCountAsNone_data();
+    void daysThatAreNoneCountAsNone();
     void theActivityFillsItsBar_data();
     void theActivityFillsItsBar();
 
@@ -621,26 +621,6 @@ void TestStockRendering::historyShowsByItsThresholds()
     QCOMPARE(look(*content.style), expectedLook);
 }
 
-void TestStockRendering::centredLooksAskForTheMiddle_data()
-{
-    QTest::addColumn<double>("gain");
-    QTest::addColumn<bool>("centred");
-    QTest::newRow("green") << 5.0 << true;
-    QTest::newRow("in between") << 5.01 << true;
-    QTest::newRow("purple") << 30.0 << true;
-}
-
-void TestStockRendering::centredLooksAskForTheMiddle()
-{
-    QFETCH(double, gain);
-    QFETCH(bool, centred);
-    ComprehensiveStockInfo record = ordinaryStock();
-    record.limitStats.thirtyDayGain = gain;
-    QCOMPARE(shown(record, text("thirtyDayGainValueLabel")).centred, centred);
-    QCOMPARE(shown(record, text("firstBoardCountValueLabel")).centred, false);
-    QCOMPARE(shown(record, text("marketCapValueLabel")).centred, false);
-}
-
 void TestStockRendering::theFiveDayCaptionFollowsTheSide_data()
 {
     QTest::addColumn<int>("above");
@@ -982,6 +962,28 @@ void TestStockRendering::theOpeningIsToldByTheFiveDayLine()
     QCOMPARE(look(*content.style), expectedLook);
 }
 
+void TestStockRendering::daysThatAreNoneCountAsNone_data()
+{
+    QTest::addColumn<QString>("days");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("empty") << QString() << text("<b>开盘连续1天站上五日线</b>");
+    QTest::newRow("no number") << text("三") << text("<b>开盘连续1天站上五日线</b>");
+    QTest::newRow("the largest number")
+        << text("2147483647") << text("<b>开盘连续2147483648天站上五日线</b>");
+}
+
+void TestStockRendering::daysThatAreNoneCountAsNone()
+{
+    QFETCH(QString, days);
+    QFETCH(QString, expected);
+    ComprehensiveStockInfo record = ordinaryStock();
+    record.basicInfo.openPrice = 10;
+    record.limitStats.ma5Price = 10;
+    record.limitStats.aboveMa5 = 1;
+    record.limitStats.ma5ConsecutiveDays = days;
+    QCOMPARE(shown(record, text("ma5StatusLabel")).text, expected);
+}
+
 void TestStockRendering::theActivityFillsItsBar_data()
 {
     QTest::addColumn<double>("activity");
@@ -1064,7 +1066,6 @@ void TestStockRendering::clearingEmptiesWhatARecordFills()
         QCOMPARE(content->text, text("--"));
         QCOMPARE(*content->style, QString());
         QCOMPARE(content->toolTip, QString());
-        QCOMPARE(content->centred, false);
     }
     QCOMPARE(contents.value(text("companyNameLabel")).text, text("--"));
     QCOMPARE(*contents.value(text("companyNameLabel")).style, text("font-weight: bold; font-size: 15pt;"));
