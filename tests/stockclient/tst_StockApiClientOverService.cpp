@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -66,6 +67,8 @@ private slots:
     void aLimitUpDayIsFilledThroughout();
     void aDayWithoutALimitUpHasNoDetail();
     void conceptsAreListed();
+    void figuresOfTheMarketAreReadThroughout();
+    void aDayWithoutFiguresIsAnError();
     void theBlacklistIsCheckedAddedToAndRemovedFrom();
     void tenCodesInARowAreEachAnswered();
 
@@ -294,6 +297,71 @@ void TestStockApiClientOverService::conceptsAreListed()
         QVERIFY(!theme.sectorName.isEmpty());
         QVERIFY(!theme.desc.isEmpty());
     }
+}
+
+void TestStockApiClientOverService::figuresOfTheMarketAreReadThroughout()
+{
+    m_client->getMarketStatistics(text("2024-08-07"));
+    QVERIFY(m_seen->waitFor(1));
+    QCOMPARE(lastName(), text("marketStatisticsReceived"));
+    const auto market = last<MarketStatisticsData>();
+    QCOMPARE(market.tradingDate, text("2024-08-07"));
+    QVERIFY(!market.updateTime.isEmpty());
+    QVERIFY(market.riseCount > 0);
+    QVERIFY(market.fallCount > 0);
+    QVERIFY(!market.topBoards.isEmpty());
+    int ranking = 0;
+    int mostVolume = 0;
+    double mostChange = 0;
+    for (const TopBoardInfo &board : market.topBoards) {
+        QCOMPARE(board.ranking, ++ranking);
+        QVERIFY(!board.stockName.isEmpty());
+        QCOMPARE(board.stockCode.size(), 6);
+        QVERIFY(board.boardCount > 0);
+        QVERIFY(board.lowChange <= board.highChange);
+        mostVolume = std::max({mostVolume, board.bidVolume, board.askVolume});
+        mostChange = std::max({mostChange, board.openingChange, board.priceChange, board.highChange});
+    }
+    QVERIFY(mostVolume > 0);
+    QVERIFY(mostChange > 0);
+
+    // Any of the rates and changes may be 0 on one day, not on six of them.
+    double sums[14] = {};
+    for (int day = 29; day <= 31; ++day)
+        m_client->getMarketStatistics(text("2024-07-%1").arg(day));
+    for (int day = 1; day <= 2; ++day)
+        m_client->getMarketStatistics(text("2024-08-0%1").arg(day));
+    QVERIFY(m_seen->waitFor(6));
+    for (const SignalLog::Entry &entry : m_seen->entries()) {
+        const auto figures = entry.arguments.first().value<MarketStatisticsData>();
+        const double rates[14] = {figures.boardPromotionRate,
+                                  figures.boardOpenPremiumRate,
+                                  figures.firstBoardOpenPremiumRate,
+                                  figures.boardPremiumRate,
+                                  figures.firstBoardPremiumRate,
+                                  figures.sealingRate,
+                                  figures.dowJonesChange,
+                                  figures.nasdaqChange,
+                                  figures.hsiChange,
+                                  figures.hstechChange,
+                                  figures.a50Change,
+                                  figures.bse50Change,
+                                  figures.shanghaiChange,
+                                  figures.cybChange};
+        for (int i = 0; i < 14; ++i)
+            sums[i] += std::abs(rates[i]);
+    }
+    for (const double sum : sums)
+        QVERIFY(sum > 0);
+}
+
+void TestStockApiClientOverService::aDayWithoutFiguresIsAnError()
+{
+    m_client->getMarketStatistics(text("2024-08-04")); // a Sunday
+    QVERIFY(m_seen->waitFor(1));
+    QCOMPARE(m_seen->names(), QStringList({text("queryError")}));
+    QVERIFY2(last<QString>().contains(text("NOT FOUND")), qPrintable(last<QString>()));
+    QCOMPARE(m_seen->entries().first().arguments.at(1).toString(), text("marketStatistics"));
 }
 
 void TestStockApiClientOverService::theBlacklistIsCheckedAddedToAndRemovedFrom()
