@@ -58,6 +58,7 @@ Service::Service(const Options &options)
     , m_stockRoutes(m_stores, m_clock, m_market)
     , m_blacklistRoutes(m_stores)
     , m_marketRoutes(m_clock, m_market)
+    , m_moveAnalysisRoutes(m_stores, m_clock, m_market)
     , m_adminRoutes(m_stores, m_clock, m_feed, m_faults, m_statistics)
     , m_router([this](const Request &request) { return m_identification.identify(request); })
     , m_server(m_router)
@@ -74,6 +75,7 @@ Service::Service(const Options &options)
     m_stockRoutes.addTo(m_router);
     m_blacklistRoutes.addTo(m_router);
     m_marketRoutes.addTo(m_router);
+    m_moveAnalysisRoutes.addTo(m_router);
     m_adminRoutes.addTo(m_router);
     m_feed.writeHistory(options.history);
     createDemoAccount(options);

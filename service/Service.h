@@ -12,6 +12,7 @@
 #include "service/KeywordRoutes.h"
 #include "service/Market.h"
 #include "service/MarketRoutes.h"
+#include "service/MoveAnalysisRoutes.h"
 #include "service/NewsRoutes.h"
 #include "service/Relay.h"
 #include "service/Statistics.h"
@@ -61,6 +62,7 @@ private:
     StockRoutes m_stockRoutes;
     BlacklistRoutes m_blacklistRoutes;
     MarketRoutes m_marketRoutes;
+    MoveAnalysisRoutes m_moveAnalysisRoutes;
     AdminRoutes m_adminRoutes;
     Router m_router;
     HttpServer m_server;

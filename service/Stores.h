@@ -5,6 +5,7 @@
 #include "service/Devices.h"
 #include "service/Keywords.h"
 #include "service/LinkageConfigs.h"
+#include "service/MoveAnalyses.h"
 #include "service/NewsStore.h"
 #include "service/SecretSource.h"
 #include "service/Sessions.h"
@@ -29,6 +30,7 @@ struct Stores
         , news(database, clock)
         , linkageConfigs(database, clock)
         , blacklist(database, clock)
+        , moveAnalyses(database, clock)
     {}
     Stores(const Stores &) = delete;
     Stores &operator=(const Stores &) = delete;
@@ -43,6 +45,7 @@ struct Stores
     NewsStore news;
     LinkageConfigs linkageConfigs;
     Blacklist blacklist;
+    MoveAnalyses moveAnalyses;
 };
 
 } // namespace service

@@ -47,6 +47,12 @@ std::string toIsoForm(EpochSeconds time)
     return formatted(time, "%Y-%m-%dT%H:%M:%S");
 }
 
+std::string toMailForm(EpochSeconds time)
+{
+    // The program never leaves the C locale, so the names are the English ones that the form asks for.
+    return formatted(time, "%a, %d %b %Y %H:%M:%S %z");
+}
+
 std::string toClockText(EpochSeconds time)
 {
     return formatted(time, "%H:%M");

@@ -15,6 +15,9 @@ std::string toBlankForm(EpochSeconds time);
 /// "yyyy-MM-ddThh:mm:ss" in local time, the wire's other form.
 std::string toIsoForm(EpochSeconds time);
 
+/// The form of e-mail heads, "Thu, 08 Aug 2024 10:30:00 +0800", in local time with its offset.
+std::string toMailForm(EpochSeconds time);
+
 /// "hh:mm" in local time.
 std::string toClockText(EpochSeconds time);
 

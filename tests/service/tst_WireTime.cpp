@@ -7,14 +7,14 @@
 
 using namespace service;
 
-/// The wire's two forms of a date and time, held against what the desktop makes of them.
+/// The wire's forms of a date and time, held against what the desktop makes of them.
 class WireTimeTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void bothFormsAreReadByQtAsTheSameTime_data();
-    void bothFormsAreReadByQtAsTheSameTime();
+    void allFormsAreReadByQtAsTheSameTime_data();
+    void allFormsAreReadByQtAsTheSameTime();
     void whatIsWrittenIsReadAgain();
     void otherTextsAreNoTime_data();
     void otherTextsAreNoTime();
@@ -22,7 +22,7 @@ private slots:
     void shortForms();
 };
 
-void WireTimeTest::bothFormsAreReadByQtAsTheSameTime_data()
+void WireTimeTest::allFormsAreReadByQtAsTheSameTime_data()
 {
     QTest::addColumn<qint64>("time");
     QTest::newRow("morning") << QDateTime(QDate(2024, 8, 8), QTime(9, 5, 3)).toSecsSinceEpoch();
@@ -31,13 +31,15 @@ void WireTimeTest::bothFormsAreReadByQtAsTheSameTime_data()
     QTest::newRow("new year") << QDateTime(QDate(2030, 1, 1), QTime(0, 0, 0)).toSecsSinceEpoch();
 }
 
-void WireTimeTest::bothFormsAreReadByQtAsTheSameTime()
+void WireTimeTest::allFormsAreReadByQtAsTheSameTime()
 {
     QFETCH(qint64, time);
     const QString iso = QString::fromStdString(toIsoForm(time));
     const QString blank = QString::fromStdString(toBlankForm(time));
     QCOMPARE(QDateTime::fromString(iso, Qt::ISODate).toSecsSinceEpoch(), time);
     QCOMPARE(QDateTime::fromString(blank, QStringLiteral("yyyy-MM-dd hh:mm:ss")).toSecsSinceEpoch(), time);
+    const QString mail = QString::fromStdString(toMailForm(time));
+    QCOMPARE(QDateTime::fromString(mail, Qt::RFC2822Date).toSecsSinceEpoch(), time);
 }
 
 void WireTimeTest::whatIsWrittenIsReadAgain()
