@@ -2,10 +2,16 @@
 
 #include <QColor>
 
-QString AccountDialogSkin::fontFamilies()
+namespace {
+
+/// The boxes that a dialog raises: buttons of a size to aim at, without the desktop's icons in them.
+QString messageBoxes()
 {
-    return QStringLiteral("'Microsoft YaHei', 'SimHei', Arial, sans-serif");
+    return QStringLiteral("QMessageBox QPushButton { qproperty-icon: none; min-width: 72px; min-height: "
+                          "22px; padding: 3px 8px; }");
 }
+
+} // namespace
 
 QString AccountDialogSkin::loginDialogs(bool dark)
 {
@@ -34,14 +40,18 @@ QString AccountDialogSkin::loginDialogs(bool dark)
                "4px;"
                " padding: 4px 8px; selection-background-color: %7; selection-color: #ffffff; }"
                "QLineEdit:focus, QTextEdit:focus { border: 1px solid #00D4AA; }"
+               "InputField { qproperty-placeholderColor: %4; }"
                "QPushButton { background-color: %2; color: %3; border: 1px solid %5; border-radius: 5px;"
                " padding: 4px 6px; }"
                "QPushButton:hover { background-color: %6; }"
                "QPushButton:pressed { background-color: %5; }"
                "QPushButton:focus { border: 1px solid #00D4AA; }"
-               "QPushButton:default { background-color: %7; color: #ffffff; border: 1px solid %7; }"
-               "QPushButton:default:hover { background-color: #009379; }"
-               "QPushButton:default:focus { border: 1px solid %3; }"
+               "QPushButton[primary=\"true\"], QMessageBox QPushButton:default"
+               " { background-color: %7; color: #ffffff; border: 1px solid %7; }"
+               "QPushButton[primary=\"true\"]:hover, QMessageBox QPushButton:default:hover"
+               " { background-color: #009379; }"
+               "QPushButton[primary=\"true\"]:focus, QMessageBox QPushButton:default:focus"
+               " { border: 1px solid %3; }"
                "QPushButton:disabled { background-color: %2; color: #8d949b; border: 1px solid %5; }"
                "QRadioButton[card=\"true\"] { background-color: %1; border: 1px solid %5; border-radius: 6px;"
                " padding-left: 12px; }"
@@ -52,7 +62,8 @@ QString AccountDialogSkin::loginDialogs(bool dark)
                " border-radius: 9px; background-color: %1; }"
                "QRadioButton[card=\"true\"]::indicator:checked { border: 5px solid #00D4AA; width: 8px;"
                " height: 8px; background-color: %1; }")
-        .arg(surface, raised, text, muted, border, hover, primary);
+               .arg(surface, raised, text, muted, border, hover, primary) +
+           messageBoxes();
 }
 
 QString AccountDialogSkin::registration(bool dark)
@@ -61,6 +72,7 @@ QString AccountDialogSkin::registration(bool dark)
     const QString text = dark ? QStringLiteral("#e0e0e0") : QStringLiteral("#2c3e50");
     const QString field = dark ? QStringLiteral("#3c3f41") : QStringLiteral("transparent");
     const QString border = dark ? QStringLiteral("#5f6568") : QStringLiteral("#bdc3c7");
+    const QString muted = dark ? QStringLiteral("#a9adb0") : QStringLiteral("#6b7680");
     const QString accent = QStringLiteral("#3498db");
     const QString darkerAccent = QColor(accent).darker(145).name();
     return QStringLiteral(
@@ -69,14 +81,42 @@ QString AccountDialogSkin::registration(bool dark)
                "QLineEdit { background-color: %3; color: %2; border: 1px solid %4; border-radius: 4px;"
                " padding: 0 8px; selection-background-color: %5; selection-color: #ffffff; }"
                "QLineEdit:focus { border: 1px solid %5; }"
+               "InputField { qproperty-placeholderColor: %7; }"
                "QPushButton { background-color: %3; color: %2; border: 1px solid %4; border-radius: 4px;"
                " padding: 2px 6px; }"
                "QPushButton:hover, QPushButton:focus { border: 1px solid %5; }"
-               "QPushButton:default:enabled { background-color: %6; color: #ffffff;"
-               " border: 1px solid %6; }"
-               "QPushButton:default:enabled:hover { background-color: %5; }"
-               "QPushButton:disabled { color: #8d949b; }")
-        .arg(background, text, field, border, accent, darkerAccent);
+               "QPushButton[primary=\"true\"]:enabled, QMessageBox QPushButton:default"
+               " { background-color: %6; color: #ffffff; border: 1px solid %6; }"
+               "QPushButton[primary=\"true\"]:enabled:hover, QMessageBox QPushButton:default:hover"
+               " { background-color: %5; border: 1px solid %5; }"
+               "QPushButton[primary=\"true\"]:enabled:focus, QMessageBox QPushButton:default:focus"
+               " { border: 1px solid %2; }"
+               "QPushButton:disabled { color: #8d949b; background-color: %3; border: 1px solid %4; }")
+               .arg(background, text, field, border, accent, darkerAccent, muted) +
+           messageBoxes();
+}
+
+QString AccountDialogSkin::passwordReset(bool dark)
+{
+    const QString text = dark ? QStringLiteral("#DCDDDE") : QStringLiteral("#2C2F33");
+    const QString border = dark ? QStringLiteral("#72767D") : QStringLiteral("#B9BBBE");
+    const QString placeholder = dark ? QStringLiteral("#B9BBBE") : QStringLiteral("#72767D");
+    return QStringLiteral("QLabel#headingLabel { font-size: 24px; font-weight: bold; }"
+                          // The buttons beside the fields are small; the sheet's padding is for large ones.
+                          "QLineEdit { padding: 4px 10px; min-height: 26px; max-height: 26px; "
+                          "selection-background-color: #00806a;"
+                          " selection-color: #ffffff; }"
+                          "InputField { qproperty-placeholderColor: %3; }"
+                          "QPushButton { padding: 8px 6px; border: 1px solid transparent; }"
+                          "QPushButton:focus { border: 1px solid %1; }"
+                          "QPushButton[secondary=\"true\"] { background-color: transparent; color: %1;"
+                          " border: 1px solid %2; font-weight: normal; }"
+                          "QPushButton[secondary=\"true\"]:hover, QPushButton[secondary=\"true\"]:focus"
+                          " { border: 1px solid #00D4AA; }"
+                          "QPushButton[secondary=\"true\"]:disabled { color: #8d949b; }"
+                          "QPushButton[eye=\"true\"] { padding: 0px; }")
+               .arg(text, border, placeholder) +
+           messageBoxes();
 }
 
 AccountDialogSkin::ServiceColors AccountDialogSkin::customerService(bool dark)
@@ -99,7 +139,11 @@ QString AccountDialogSkin::customerServiceSheet(const ServiceColors &colors)
                           "QLabel#weChatInstructionLabel { color: %5; }"
                           "QPushButton { background-color: transparent; color: %2; border: 1px solid #9e9e9e;"
                           " border-radius: 5px; padding: 6px 18px; }"
-                          "QPushButton:hover, QPushButton:focus { border: 1px solid %4; }"
-                          "QPushButton#weChatButton { color: %4; border: 1px solid %4; font-weight: bold; }")
-        .arg(colors.background, colors.text, colors.title, colors.accent, colors.instruction);
+                          "QPushButton:hover, QPushButton:focus { border: 1px solid %2; }"
+                          "QPushButton#weChatButton { background-color: %4; color: %1;"
+                          " border: 1px solid %4; font-weight: bold; }"
+                          "QPushButton#weChatButton:hover, QPushButton#weChatButton:focus"
+                          " { border: 1px solid %2; }")
+               .arg(colors.background, colors.text, colors.title, colors.accent, colors.instruction) +
+           messageBoxes();
 }

@@ -19,6 +19,8 @@ const QString supportChatLink = QStringLiteral("https://www.larkspire.example/su
 const QString weChatDownloadLink = QStringLiteral("https://weixin.qq.com/");
 
 constexpr QSize qrCodeMaximum(350, 380);
+/// Whole pixels for each of the code's 33 cells, at 100, 125, 150 and 200 %.
+constexpr QSize qrCodeSize(264, 264);
 
 QLabel *line(const QString &name, const QString &text, int pixelSize, bool bold, QWidget *parent)
 {
@@ -58,19 +60,24 @@ CustomerServiceDialog::CustomerServiceDialog(QWidget *parent, bool darkTheme)
     setWindowTitle(QStringLiteral("客服支持"));
     setWindowFlags(windowFlags() | Qt::WindowStaysOnTopHint);
     resize(500, 600);
+    setMinimumWidth(500);
 
     m_valuesLabel->setWordWrap(true);
     m_serviceTimeLabel->setTextFormat(Qt::RichText);
     m_weChatInstructionLabel->setTextFormat(Qt::RichText);
     m_weChatInstructionLabel->setWordWrap(true);
     m_weChatInstructionLabel->setOpenExternalLinks(true);
+    m_weChatInstructionLabel->setTextInteractionFlags(Qt::LinksAccessibleByMouse |
+                                                      Qt::LinksAccessibleByKeyboard);
     m_qrCodeLabel->setObjectName(QStringLiteral("qrCodeLabel"));
     m_qrCodeLabel->setAlignment(Qt::AlignCenter);
     m_qrCodeLabel->setMaximumSize(qrCodeMaximum);
     m_weChatButton->setObjectName(QStringLiteral("weChatButton"));
-    m_weChatButton->setAutoDefault(false);
+    m_weChatButton->setMinimumHeight(36);
     m_closeButton->setObjectName(QStringLiteral("closeButton"));
+    m_closeButton->setMinimumSize(100, 32);
     m_closeButton->setDefault(true);
+    m_closeButton->setFocus();
     showQrCode();
 
     auto *mainLayout = new QVBoxLayout(this);
@@ -121,9 +128,11 @@ void CustomerServiceDialog::showQrCode()
         m_qrCodeLabel->setText(QStringLiteral("二维码加载失败"));
         return;
     }
-    constexpr int frame = 18; // padding and border of the label on both sides together
-    m_qrCodeLabel->setPixmap(
-        code.scaled(qrCodeMaximum - QSize(frame, frame), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    const qreal pixelRatio = devicePixelRatioF();
+    const QSize pixels = qrCodeSize * pixelRatio;
+    QPixmap shown = code.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    shown.setDevicePixelRatio(pixelRatio);
+    m_qrCodeLabel->setPixmap(shown);
 }
 
 void CustomerServiceDialog::applyTheme()

@@ -4,6 +4,7 @@
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
 #include "accounts/CustomerServiceDialog.h"
+#include "accounts/InputField.h"
 #include "accounts/PasswordEcho.h"
 #include "accounts/RegisterDialog.h"
 #include "accounts/ResetPasswordDialog.h"
@@ -17,6 +18,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QShowEvent>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTextEdit>
 #include <QTimer>
@@ -42,7 +45,6 @@ QPushButton *sizedButton(const QString &text, const QSize &size, QWidget *parent
 {
     auto *button = new QPushButton(text, parent);
     button->setFixedSize(size);
-    button->setAutoDefault(false);
     return button;
 }
 
@@ -52,8 +54,10 @@ void addRow(QFormLayout *form, const QString &text, QLineEdit *field, QPushButto
 {
     auto *label = new QLabel(text, field->parentWidget());
     label->setBuddy(field);
+    label->setMinimumHeight(field->minimumHeight());
     auto *row = new QHBoxLayout;
     row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
     row->addWidget(field);
     if (button != nullptr)
         row->addWidget(button);
@@ -83,7 +87,6 @@ EnhancedLoginDialog::EnhancedLoginDialog(QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint)
     , m_countdownTimer(new QTimer(this))
     , m_tabWidget(new QTabWidget(this))
-    , m_closeButton(sizedButton(QStringLiteral("关闭"), QSize(100, 35), this))
 {
     setWindowTitle(QStringLiteral("登录云雀资讯"));
     setModal(true);
@@ -100,6 +103,8 @@ EnhancedLoginDialog::EnhancedLoginDialog(QWidget *parent)
     m_tabWidget->addTab(buildApiKeyTab(), QStringLiteral("API Key"));
     m_tabWidget->addTab(buildFreeUserTab(), QStringLiteral("免费用户"));
     layout->addWidget(m_tabWidget, 1);
+    m_closeButton = sizedButton(QStringLiteral("关闭"), QSize(100, 35), this);
+    m_closeButton->setObjectName(QStringLiteral("closeButton"));
     layout->addWidget(m_closeButton, 0, Qt::AlignRight);
 
     connect(m_closeButton, &QPushButton::clicked, this, &QDialog::reject);
@@ -108,29 +113,37 @@ EnhancedLoginDialog::EnhancedLoginDialog(QWidget *parent)
     connect(this, &EnhancedLoginDialog::registrationSuccess, this,
             &EnhancedLoginDialog::onRegistrationSuccess);
     connect(ThemeManager::instance(), &ThemeManager::themeChanged, this, &EnhancedLoginDialog::updateTheme);
-    updateTheme();
+    for (QPushButton *button : {m_loginButton, m_apiKeyVerifyButton, m_freeUserButton})
+        button->setProperty("primary", true);
     m_loginButton->setDefault(true);
-    m_emailEdit->setFocus();
+    updateTheme();
+}
+
+void EnhancedLoginDialog::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (!event->spontaneous())
+        focusWhereTypingStarts();
 }
 
 QWidget *EnhancedLoginDialog::buildEmailTab()
 {
     auto *page = new QWidget(m_tabWidget);
-    m_usernameEdit = new QLineEdit(page);
+    m_usernameEdit = new InputField(page);
     m_usernameEdit->setObjectName(QStringLiteral("usernameEdit"));
     m_usernameEdit->setPlaceholderText(QStringLiteral("请输入用户名(3-16个字符)"));
     m_usernameEdit->setMaxLength(16);
-    m_emailEdit = new QLineEdit(page);
+    m_emailEdit = new InputField(page);
     m_emailEdit->setObjectName(QStringLiteral("emailEdit"));
     m_emailEdit->setPlaceholderText(QStringLiteral("请输入邮箱地址"));
-    m_passwordEdit = new QLineEdit(page);
+    m_passwordEdit = new InputField(page);
     m_passwordEdit->setObjectName(QStringLiteral("passwordEdit"));
     m_passwordEdit->setPlaceholderText(QStringLiteral("请输入密码(6-16个字符)"));
     m_passwordEdit->setMaxLength(16);
     m_passwordToggleButton = sizedButton(QString(), QSize(35, 35), page);
     m_passwordToggleButton->setObjectName(QStringLiteral("passwordToggleButton"));
     PasswordEcho::prepare(m_passwordEdit, m_passwordToggleButton);
-    m_codeEdit = new QLineEdit(page);
+    m_codeEdit = new InputField(page);
     m_codeEdit->setObjectName(QStringLiteral("codeEdit"));
     m_codeEdit->setPlaceholderText(QStringLiteral("请输入邮箱验证码"));
     m_codeEdit->setMaxLength(6);
@@ -172,7 +185,7 @@ QWidget *EnhancedLoginDialog::buildEmailTab()
 QWidget *EnhancedLoginDialog::buildApiKeyTab()
 {
     auto *page = new QWidget(m_tabWidget);
-    m_apiKeyEdit = new QLineEdit(page);
+    m_apiKeyEdit = new InputField(page);
     m_apiKeyEdit->setObjectName(QStringLiteral("apiKeyEdit"));
     m_apiKeyEdit->setEchoMode(QLineEdit::Password);
     m_apiKeyEdit->setPlaceholderText(QStringLiteral("请输入您的API Key"));
@@ -206,6 +219,7 @@ QWidget *EnhancedLoginDialog::buildFreeUserTab()
     auto *group = new QGroupBox(QStringLiteral("使用说明"), page);
     m_freeUserNotes = new QTextEdit(group);
     m_freeUserNotes->setObjectName(QStringLiteral("freeUserNotes"));
+    m_freeUserNotes->setAccessibleName(group->title());
     m_freeUserNotes->setReadOnly(true);
     m_freeUserNotes->setTabChangesFocus(true);
     m_freeUserNotes->setMaximumHeight(200);
@@ -286,6 +300,26 @@ void EnhancedLoginDialog::onTabChanged(int index)
     default:
         break;
     }
+    // Who walks along the tabs with the arrow keys stays on them.
+    if (isVisible() && !m_tabWidget->tabBar()->hasFocus())
+        focusWhereTypingStarts();
+}
+
+void EnhancedLoginDialog::focusWhereTypingStarts()
+{
+    QWidget *start = m_freeUserButton;
+    if (m_tabWidget->currentIndex() == EmailTab) {
+        // With everything filled in, the password is what was wrong.
+        start = m_passwordEdit;
+        for (QLineEdit *field : {m_passwordEdit, m_emailEdit, m_usernameEdit}) {
+            if (field->text().isEmpty())
+                start = field;
+        }
+    } else if (m_tabWidget->currentIndex() == ApiKeyTab) {
+        start = m_apiKeyEdit;
+    }
+    // For this reason a field selects what it holds, so that typing replaces it.
+    start->setFocus(Qt::TabFocusReason);
 }
 
 void EnhancedLoginDialog::fillEmailTab()
@@ -378,6 +412,7 @@ void EnhancedLoginDialog::onLoginFinished(bool success, const QString &message)
     m_freeUserButton->setText(loginCaption);
     if (!success) {
         QMessageBox::warning(this, failureTitle, message);
+        focusWhereTypingStarts();
         return;
     }
     emit loginSuccess();
@@ -413,6 +448,7 @@ void EnhancedLoginDialog::onVerificationCodeSent(bool success, const QString &me
     // The button stays usable, under its old caption, until the first tick. That is meant.
     m_countdownSeconds = CodeCountdown::startSeconds;
     m_countdownTimer->start(CodeCountdown::tickMs);
+    m_codeEdit->setFocus();
 }
 
 void EnhancedLoginDialog::onCountdownTimer()
@@ -494,9 +530,9 @@ void EnhancedLoginDialog::onRegistrationFinished(bool success, const QString &me
 
 void EnhancedLoginDialog::onRegistrationSuccess()
 {
-    // A new user logs in by e-mail; the cursor waits there.
+    // A new user logs in by e-mail.
     m_tabWidget->setCurrentIndex(EmailTab);
-    m_emailEdit->setFocus();
+    focusWhereTypingStarts();
 }
 
 void EnhancedLoginDialog::updateTheme()

@@ -32,6 +32,9 @@ signals:
     void loginSuccess();
     void registrationSuccess();
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private slots:
     void onLoginClicked();
     void onRegisterClicked();
@@ -52,6 +55,7 @@ private:
     QWidget *buildApiKeyTab();
     QWidget *buildFreeUserTab();
     void onTabChanged(int index);
+    void focusWhereTypingStarts();
     void fillEmailTab();
     void fillApiKeyTab();
     void connectVerificationCode();
@@ -82,5 +86,5 @@ private:
     QTextEdit *m_freeUserNotes = nullptr;
     QLabel *m_freeUserStatusLabel = nullptr;
     QPushButton *m_freeUserButton = nullptr;
-    QPushButton *m_closeButton;
+    QPushButton *m_closeButton = nullptr;
 };

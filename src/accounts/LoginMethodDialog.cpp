@@ -59,9 +59,8 @@ LoginMethodDialog::LoginMethodDialog(QWidget *parent)
     };
     auto *group = new QGroupBox(this);
     auto *cards = new QVBoxLayout(group);
-    cards->setContentsMargins(9, 16, 9, 16);
-    cards->setSpacing(16);
-    cards->addStretch();
+    cards->setContentsMargins(9, 16, 9, 24);
+    cards->setSpacing(24);
     for (const auto &method : methods) {
         auto *card = new MethodCard(method.icon, method.title, method.description, group);
         card->setProperty(methodProperty, method.id);
@@ -69,8 +68,9 @@ LoginMethodDialog::LoginMethodDialog(QWidget *parent)
         cards->addWidget(card, 0, Qt::AlignHCenter);
         connect(card, &QRadioButton::clicked, this, &LoginMethodDialog::onMethodSelected);
     }
-    cards->addStretch();
-    layout->addWidget(group, 1);
+    layout->addStretch(2);
+    layout->addWidget(group);
+    layout->addStretch(3);
     m_methodGroup->button(LoginMethod::EmailPassword)->setChecked(true);
 
     auto *buttons = new QHBoxLayout;
@@ -84,7 +84,7 @@ LoginMethodDialog::LoginMethodDialog(QWidget *parent)
     buttons->addStretch();
     layout->addLayout(buttons);
     m_okButton->setDefault(true);
-    m_cancelButton->setAutoDefault(false);
+    m_okButton->setProperty("primary", true);
     m_methodGroup->button(LoginMethod::EmailPassword)->setFocus();
 
     connect(m_okButton, &QPushButton::clicked, this, &LoginMethodDialog::onOkClicked);

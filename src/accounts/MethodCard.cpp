@@ -17,7 +17,9 @@ MethodCard::MethodCard(const QString &icon, const QString &title, const QString 
     auto *iconLabel = new QLabel(icon, this);
     iconLabel->setFixedSize(30, 30);
     iconLabel->setAlignment(Qt::AlignCenter);
-    iconLabel->setStyleSheet(QStringLiteral("font-size: 24px;"));
+    iconLabel->setStyleSheet(
+        // Named first: a text face may have a plain glyph of its own for some of these signs.
+        QStringLiteral("font-family: 'Segoe UI Emoji', 'Noto Color Emoji'; font-size: 24px;"));
     auto *titleLabel = new QLabel(title, this);
     titleLabel->setStyleSheet(QStringLiteral("font-size: 15px; font-weight: bold;"));
     auto *descriptionLabel = new QLabel(description, this);

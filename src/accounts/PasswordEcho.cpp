@@ -2,6 +2,7 @@
 
 #include <QLineEdit>
 #include <QPushButton>
+#include <QVariant>
 
 namespace {
 
@@ -18,7 +19,9 @@ void setEcho(QLineEdit *field, QPushButton *eye, QLineEdit::EchoMode mode)
 
 void PasswordEcho::prepare(QLineEdit *field, QPushButton *eye)
 {
-    eye->setAutoDefault(false);
+    eye->setProperty("eye", true);
+    // A click leaves the cursor in the field, so that Enter goes on doing what it did there.
+    eye->setFocusPolicy(Qt::TabFocus);
     setEcho(field, eye, QLineEdit::Password);
 }
 

@@ -7,8 +7,8 @@ class QPushButton;
 /// while it can be read.
 namespace PasswordEcho {
 
-/// Hides the field's text and prepares the button: caption, tooltip, accessible name, and no part in what
-/// Enter does.
+/// Hides the field's text and prepares the button: caption, tooltip, accessible name, and no taking of the
+/// focus by a click.
 void prepare(QLineEdit *field, QPushButton *eye);
 
 /// Turns the field from hidden to readable or back, and the button's caption with it.

@@ -3,6 +3,7 @@
 #include "accounts/AccountDialogSkin.h"
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
+#include "accounts/InputField.h"
 #include "accounts/PasswordEcho.h"
 #include "settings/ThemeManager.h"
 
@@ -14,6 +15,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QVariant>
 
 #include <algorithm>
 
@@ -21,7 +23,7 @@ namespace {
 
 QLineEdit *field(const QString &name, const QString &placeholder, int maxLength, QWidget *parent)
 {
-    auto *edit = new QLineEdit(parent);
+    auto *edit = new InputField(parent);
     edit->setObjectName(name);
     edit->setPlaceholderText(placeholder);
     edit->setFixedHeight(40);
@@ -34,7 +36,9 @@ void addRow(QFormLayout *form, const QString &text, QLineEdit *edit, QPushButton
 {
     auto *label = new QLabel(text, edit->parentWidget());
     label->setBuddy(edit);
+    label->setMinimumHeight(edit->minimumHeight());
     auto *row = new QHBoxLayout;
+    row->setSpacing(8);
     row->addWidget(edit);
     if (button != nullptr)
         row->addWidget(button);
@@ -67,11 +71,10 @@ RegisterDialog::RegisterDialog(QWidget *parent)
 
     m_sendCodeButton->setObjectName(QStringLiteral("sendCodeButton"));
     m_sendCodeButton->setFixedSize(120, 40);
-    m_sendCodeButton->setAutoDefault(false);
     m_registerButton->setObjectName(QStringLiteral("registerButton"));
     m_registerButton->setDefault(true);
+    m_registerButton->setProperty("primary", true);
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
-    m_cancelButton->setAutoDefault(false);
     for (QPushButton *eye : {m_passwordToggleButton, m_confirmPasswordToggleButton})
         eye->setFixedSize(40, 40);
     for (QPushButton *button : {m_registerButton, m_cancelButton})
@@ -88,7 +91,7 @@ RegisterDialog::RegisterDialog(QWidget *parent)
     layout->addWidget(heading);
     layout->addStretch();
     auto *form = new QFormLayout;
-    form->setVerticalSpacing(22);
+    form->setVerticalSpacing(32);
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     addRow(form, QStringLiteral("用户名:"), m_usernameEdit);
     addRow(form, QStringLiteral("邮箱:"), m_emailEdit);

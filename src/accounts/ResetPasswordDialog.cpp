@@ -1,7 +1,9 @@
 #include "accounts/ResetPasswordDialog.h"
 
+#include "accounts/AccountDialogSkin.h"
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
+#include "accounts/InputField.h"
 #include "accounts/PasswordEcho.h"
 #include "settings/ThemeManager.h"
 
@@ -12,14 +14,17 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QVariant>
 
 #include <algorithm>
 
 namespace {
 
+constexpr int rowHeight = 36;
+
 QLineEdit *field(const QString &name, const QString &placeholder, QWidget *parent)
 {
-    auto *edit = new QLineEdit(parent);
+    auto *edit = new InputField(parent);
     edit->setObjectName(name);
     edit->setPlaceholderText(placeholder);
     return edit;
@@ -63,11 +68,13 @@ ResetPasswordDialog::ResetPasswordDialog(QWidget *parent)
     setFixedSize(450, 550);
 
     m_sendCodeButton->setObjectName(QStringLiteral("sendCodeButton"));
-    m_sendCodeButton->setAutoDefault(false);
+    m_sendCodeButton->setFixedSize(120, rowHeight);
     m_resetButton->setObjectName(QStringLiteral("resetButton"));
     m_resetButton->setDefault(true);
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
-    m_cancelButton->setAutoDefault(false);
+    for (QPushButton *button :
+         {m_sendCodeButton, m_cancelButton, m_newPasswordToggleButton, m_confirmPasswordToggleButton})
+        button->setProperty("secondary", true);
     for (QLineEdit *edit : {m_newPasswordEdit, m_confirmPasswordEdit})
         edit->setMaxLength(16);
     for (QPushButton *eye : {m_newPasswordToggleButton, m_confirmPasswordToggleButton})
@@ -87,6 +94,8 @@ ResetPasswordDialog::ResetPasswordDialog(QWidget *parent)
     addRow(layout, QStringLiteral("新密码"), m_newPasswordEdit, m_newPasswordToggleButton);
     addRow(layout, QStringLiteral("确认密码"), m_confirmPasswordEdit, m_confirmPasswordToggleButton);
     layout->addStretch();
+    for (QPushButton *button : {m_cancelButton, m_resetButton})
+        button->setFixedHeight(40);
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(20);
     buttons->addWidget(m_cancelButton);
@@ -126,6 +135,8 @@ void ResetPasswordDialog::setEmail(const QString &email)
 {
     m_prefillEmail = email;
     m_emailEdit->setText(email);
+    if (!email.isEmpty())
+        m_sendCodeButton->setFocus();
 }
 
 void ResetPasswordDialog::updateButtons()
@@ -257,13 +268,7 @@ void ResetPasswordDialog::onCancelClicked()
 void ResetPasswordDialog::onThemeChanged()
 {
     const ThemeManager *theme = ThemeManager::instance();
-    // The buttons beside the fields are small; the sheet's padding is for large ones.
     setStyleSheet(theme->getDialogStyle() + theme->getLabelStyle() + theme->getLineEditStyle() +
                   theme->getButtonStyle() +
-                  QStringLiteral("QLabel#headingLabel { font-size: 24px; font-weight: bold; }"
-                                 "QLineEdit { padding: 4px 10px; }"
-                                 "QPushButton { padding: 8px 6px; }"));
-    m_sendCodeButton->setStyleSheet(QStringLiteral("padding: 6px 10px; font-weight: normal;"));
-    for (QPushButton *eye : {m_newPasswordToggleButton, m_confirmPasswordToggleButton})
-        eye->setStyleSheet(QStringLiteral("padding: 0px; font-weight: normal;"));
+                  AccountDialogSkin::passwordReset(theme->currentTheme() == ThemeManager::DarkTheme));
 }

@@ -2,6 +2,7 @@
 
 #include "accounts/AuthManager.h"
 #include "accounts/UserCardRules.h"
+#include "accounts/WrappingLabel.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -40,37 +41,37 @@ QPixmap roundAvatar(const QImage &image, qreal pixelRatio)
 
 UserInfoDialog::UserInfoDialog(QWidget *parent)
     : QDialog(parent)
+    , m_tabWidget(new QTabWidget(this))
     , m_avatarLabel(new QLabel)
-    , m_emailLabel(new QLabel)
+    , m_emailLabel(new WrappingLabel)
     , m_closeButton(new QPushButton(QStringLiteral("关闭"), this))
 {
     setWindowTitle(QStringLiteral("用户信息"));
     setWindowFlags(windowFlags() | Qt::WindowStaysOnTopHint);
     setMinimumWidth(420);
 
-    auto *tabs = new QTabWidget(this);
-    auto *tab = new QWidget(tabs);
+    auto *tab = new QWidget(m_tabWidget);
     tab->setObjectName(QStringLiteral("userInfoTab"));
-    tabs->addTab(tab, QStringLiteral("用户信息"));
+    m_tabWidget->addTab(tab, QStringLiteral("用户信息"));
 
     auto *card = new QFrame(tab);
     card->setObjectName(QStringLiteral("userInfoCard"));
-    card->setMinimumHeight(120);
     card->setStyleSheet(
         QStringLiteral("QFrame#userInfoCard { background: qlineargradient(x1:0, y1:0, x2:0, y2:1,"
                        " stop:0 #FFF8DC, stop:1 #FFE4B5); border-radius: 12px; }"));
     m_avatarLabel->setObjectName(QStringLiteral("avatarLabel"));
-    m_avatarLabel->setMinimumSize(avatarSize, avatarSize);
-    m_avatarLabel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    // The picture shrinks into the ring of the border, which is then round.
+    m_avatarLabel->setFixedSize(avatarSize, avatarSize);
+    m_avatarLabel->setScaledContents(true);
     m_avatarLabel->setAlignment(Qt::AlignCenter);
     m_emailLabel->setObjectName(QStringLiteral("emailLabel"));
-    m_emailLabel->setTextFormat(Qt::PlainText);
-    m_emailLabel->setWordWrap(true);
-    m_emailLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_emailLabel->setStyleSheet(QStringLiteral("color: #8B4513; font-size: 18px; font-weight: bold;"));
 
     auto *cardLayout = new QHBoxLayout(card);
     cardLayout->setContentsMargins(20, 20, 20, 20);
+    // At least 120 high, and higher for a long line.
+    cardLayout->addStrut(80);
+    cardLayout->setSizeConstraint(QLayout::SetMinimumSize);
     cardLayout->setSpacing(16);
     cardLayout->addWidget(m_avatarLabel, 0, Qt::AlignCenter);
     cardLayout->addWidget(m_emailLabel, 1);
@@ -79,9 +80,11 @@ UserInfoDialog::UserInfoDialog(QWidget *parent)
     tabLayout->addStretch();
 
     m_closeButton->setObjectName(QStringLiteral("closeButton"));
+    m_closeButton->setMinimumSize(100, 32);
     m_closeButton->setDefault(true);
+    m_closeButton->setFocus();
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(tabs, 1);
+    layout->addWidget(m_tabWidget, 1);
     layout->addWidget(m_closeButton, 0, Qt::AlignRight);
     connect(m_closeButton, &QPushButton::clicked, this, &QDialog::accept);
 }
@@ -144,6 +147,8 @@ void UserInfoDialog::showUserInfo()
 {
     showAvatar();
     m_emailLabel->setText(UserCardRules::cardLine(m_userInfo));
+    // A hidden tab widget does not pass on that its page needs another size.
+    m_tabWidget->updateGeometry();
 }
 
 void UserInfoDialog::showAvatar()
@@ -156,9 +161,9 @@ void UserInfoDialog::showAvatar()
     }
     const QString letter = UserCardRules::initialLetter(m_userInfo);
     m_avatarLabel->setText(letter);
-    if (letter.isEmpty())
-        return;
     m_avatarLabel->setStyleSheet(
-        QStringLiteral("border-radius: 30px; background-color: #FFD700; border: 2px solid #DAA520;"
-                       " color: #8B4513; font-size: 24px; font-weight: bold;"));
+        letter.isEmpty()
+            ? QString()
+            : QStringLiteral("border-radius: 30px; background-color: #FFD700; border: 2px solid #DAA520;"
+                             " color: #8B4513; font-size: 24px; font-weight: bold;"));
 }

@@ -10,6 +10,7 @@
 class AuthManager;
 class QLabel;
 class QPushButton;
+class QTabWidget;
 
 /// Shows who is logged in. The main window keeps the object, refreshes it and shows it.
 class UserInfoDialog final : public QDialog
@@ -55,6 +56,7 @@ private:
     QPointer<CustomerServiceDialog> m_customerServiceDialog;
     QJsonObject m_userInfo; ///< what was last shown
 
+    QTabWidget *m_tabWidget;
     QLabel *m_avatarLabel;
     QLabel *m_emailLabel;
     QPushButton *m_closeButton;
