@@ -367,12 +367,22 @@ bool EnhancedLoginDialog::requireAuthManager()
     return false;
 }
 
+void EnhancedLoginDialog::letWait(QPushButton *button, const QString &caption)
+{
+    // The focus of a button that is disabled goes to the next one, which an impatient Enter would then press.
+    if (button->hasFocus() && button == m_freeUserButton)
+        m_freeUserNotes->setFocus();
+    else if (button->hasFocus())
+        focusWhereTypingStarts();
+    button->setEnabled(false);
+    button->setText(caption);
+}
+
 void EnhancedLoginDialog::onLoginClicked()
 {
     if (!validateEmailTab() || !requireAuthManager())
         return;
-    m_loginButton->setEnabled(false);
-    m_loginButton->setText(loginUnderWayCaption);
+    letWait(m_loginButton, loginUnderWayCaption);
     // The e-mail is the login name; the user name only has to pass the validation. That is meant.
     const QString email = m_emailEdit->text().trimmed();
     m_authManager->login(email, m_passwordEdit->text(), email, m_codeEdit->text().trimmed());
@@ -388,8 +398,7 @@ void EnhancedLoginDialog::onApiKeyVerifyClicked()
     }
     if (!requireAuthManager())
         return;
-    m_apiKeyVerifyButton->setEnabled(false);
-    m_apiKeyVerifyButton->setText(QStringLiteral("验证中..."));
+    letWait(m_apiKeyVerifyButton, QStringLiteral("验证中..."));
     m_authManager->verifyApiKey(key);
 }
 
@@ -397,8 +406,7 @@ void EnhancedLoginDialog::onFreeUserApplyClicked()
 {
     if (!requireAuthManager())
         return;
-    m_freeUserButton->setEnabled(false);
-    m_freeUserButton->setText(loginUnderWayCaption);
+    letWait(m_freeUserButton, loginUnderWayCaption);
     m_authManager->requestFreeApiKey();
 }
 

@@ -56,6 +56,8 @@ private:
     QWidget *buildFreeUserTab();
     void onTabChanged(int index);
     void focusWhereTypingStarts();
+    /// Shows that the login which this button has started is under way.
+    void letWait(QPushButton *button, const QString &caption);
     void fillEmailTab();
     void fillApiKeyTab();
     void connectVerificationCode();

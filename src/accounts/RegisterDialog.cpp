@@ -199,6 +199,9 @@ void RegisterDialog::onRegisterClicked()
     if (!requireAuthManager())
         return;
     m_requestUnderWay = true;
+    // The focus would go to the button that cancels, where an impatient Enter would press it.
+    if (m_registerButton->hasFocus())
+        m_confirmPasswordEdit->setFocus();
     updateButtons();
     m_registerButton->setText(QStringLiteral("注册中..."));
     m_authManager->registerUser(m_usernameEdit->text().trimmed(), m_emailEdit->text().trimmed(),

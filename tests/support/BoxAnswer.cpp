@@ -15,6 +15,12 @@ void BoxAnswer::look()
     auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     if (!box || !box->isVisible())
         return;
+    if (!m_sinceSeen.isValid())
+        m_sinceSeen.start();
+    // Answered sooner, the window manager would give the focus to a window that is gone.
+    constexpr qint64 patienceMs = 2000;
+    if (!box->isActiveWindow() && m_sinceSeen.elapsed() < patienceMs)
+        return;
     m_watch.stop();
     m_shown = true;
     m_title = box->windowTitle();

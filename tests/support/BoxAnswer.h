@@ -1,13 +1,14 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QMessageBox>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
 
-/// Answers the next message box from the event loop: notes what it shows and presses the button of this text.
-/// Link larkspire_dialog_test_support.
+/// Answers the next message box from the event loop, as soon as it has the focus: notes what it shows and
+/// presses the button of this text. Link larkspire_dialog_test_support.
 class BoxAnswer final : public QObject
 {
     Q_OBJECT
@@ -28,6 +29,7 @@ private:
 
     QString m_button;
     QTimer m_watch;
+    QElapsedTimer m_sinceSeen;
     bool m_shown = false;
     QString m_title;
     QString m_text;
