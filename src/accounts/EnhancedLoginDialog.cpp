@@ -496,6 +496,15 @@ void EnhancedLoginDialog::onRegisterClicked()
         connectRegistration();
     }
     dialog->deleteLater();
+    takeTheKeyboardBack();
+}
+
+void EnhancedLoginDialog::takeTheKeyboardBack()
+{
+    // A box and the dialog below it that close in one breath leave some window managers with the focus on
+    // what is gone.
+    if (isVisible())
+        activateWindow();
 }
 
 void EnhancedLoginDialog::onForgotPasswordClicked()
@@ -514,6 +523,7 @@ void EnhancedLoginDialog::onForgotPasswordClicked()
     if (m_authManager != nullptr)
         connectVerificationCode();
     dialog->deleteLater();
+    takeTheKeyboardBack();
 }
 
 void EnhancedLoginDialog::onContactServiceClicked()

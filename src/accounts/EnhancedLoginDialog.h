@@ -56,6 +56,7 @@ private:
     QWidget *buildFreeUserTab();
     void onTabChanged(int index);
     void focusWhereTypingStarts();
+    void takeTheKeyboardBack();
     /// Shows that the login which this button has started is under way.
     void letWait(QPushButton *button, const QString &caption);
     void fillEmailTab();

@@ -988,7 +988,7 @@ void TestEnhancedLoginDialog::answersReachTheOpenRegistrationAlone()
     // Told once, by the sub-dialog, and passed on.
     QCOMPARE(registered.count(), 1);
     QTRY_VERIFY(!opened);
-    QVERIFY(isBack(*m_dialog));
+    QTRY_VERIFY(m_dialog->isActiveWindow());
     QCOMPARE(tabs()->currentIndex(), 0);
     QVERIFY(field("usernameEdit")->hasFocus());
 
@@ -1019,7 +1019,7 @@ void TestEnhancedLoginDialog::answersReachTheOpenResetAlone()
     WindowInput::click(push("forgotPasswordButton"));
     QVERIFY(visit.ended());
     QTRY_VERIFY(!opened);
-    QVERIFY(isBack(*m_dialog));
+    QTRY_VERIFY(m_dialog->isActiveWindow());
     const BoxAnswer box(ok());
     emit m_manager->verificationCodeSent(true, text("已发送"));
     QCOMPARE(told(box), QStringList({text("成功"), text("已发送")}));
