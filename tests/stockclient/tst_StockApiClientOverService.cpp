@@ -69,6 +69,8 @@ private slots:
     void conceptsAreListed();
     void figuresOfTheMarketAreReadThroughout();
     void aDayWithoutFiguresIsAnError();
+    void anAnalysisIsSavedAndReadBack();
+    void anAnalysisWithoutATitleIsRefused();
     void theBlacklistIsCheckedAddedToAndRemovedFrom();
     void tenCodesInARowAreEachAnswered();
 
@@ -362,6 +364,46 @@ void TestStockApiClientOverService::aDayWithoutFiguresIsAnError()
     QCOMPARE(m_seen->names(), QStringList({text("queryError")}));
     QVERIFY2(last<QString>().contains(text("NOT FOUND")), qPrintable(last<QString>()));
     QCOMPARE(m_seen->entries().first().arguments.at(1).toString(), text("marketStatistics"));
+}
+
+void TestStockApiClientOverService::anAnalysisIsSavedAndReadBack()
+{
+    DynamicAnalysisRecord saved;
+    saved.tradeDate = text("2024-08-08");
+    saved.stockCode = text("600519");
+    saved.stockName = text("贵州茅台");
+    saved.title = text("提价传闻 \"二次\"");
+    saved.publishTime = text("2024-08-08 10:15:00");
+    saved.content = text("公司原因：\n1、渠道传闻提价 & <观察>");
+    saved.sourceUrl = text("manual");
+    m_client->saveDynamicAnalysis(saved);
+    QVERIFY(m_seen->waitFor(1));
+    QCOMPARE(m_seen->lines(), QStringList({text("dynamicAnalysisSaved(true, 保存成功)")}));
+
+    m_client->getDynamicAnalysis(saved.stockCode, saved.tradeDate);
+    QVERIFY(m_seen->waitFor(2));
+    QCOMPARE(lastName(), text("dynamicAnalysisReceived"));
+    const auto items = last<QList<DynamicAnalysisRecord>>();
+    QVERIFY(!items.isEmpty()); // the user's own come first
+    QCOMPARE(items.first().tradeDate, saved.tradeDate);
+    QCOMPARE(items.first().stockCode, saved.stockCode);
+    QCOMPARE(items.first().stockName, saved.stockName);
+    QCOMPARE(items.first().title, saved.title);
+    QCOMPARE(items.first().publishTime, saved.publishTime);
+    QCOMPARE(items.first().content, saved.content);
+    QCOMPARE(items.first().sourceUrl, saved.sourceUrl);
+}
+
+void TestStockApiClientOverService::anAnalysisWithoutATitleIsRefused()
+{
+    DynamicAnalysisRecord empty;
+    empty.stockCode = text("600519");
+    empty.tradeDate = text("2024-08-08");
+    m_client->saveDynamicAnalysis(empty);
+    QVERIFY(m_seen->waitFor(1));
+    QCOMPARE(m_seen->names(), QStringList({text("queryError")}));
+    QVERIFY(!last<QString>().isEmpty());
+    QCOMPARE(m_seen->entries().first().arguments.at(1).toString(), text("dynamicAnalysisSave"));
 }
 
 void TestStockApiClientOverService::theBlacklistIsCheckedAddedToAndRemovedFrom()
