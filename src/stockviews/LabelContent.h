@@ -5,7 +5,7 @@
 
 #include <optional>
 
-/// What one label of the stock page shows.
+/// What one label of the stock page or the market page shows.
 struct LabelContent
 {
     /// Rich text for the values and the name; plain text for captions, region, industry and business.

@@ -45,15 +45,15 @@ QGridLayout *makeGrid(const char *objectName)
     return grid;
 }
 
-QFont sized(int points, QFont::Weight weight = QFont::Normal)
+} // namespace
+
+QFont MarketStatisticsUi::sized(int points, QFont::Weight weight)
 {
     QFont font;
     font.setPointSize(points);
     font.setWeight(weight);
     return font;
 }
-
-} // namespace
 
 void MarketStatisticsUi::setupUi(QWidget *page)
 {
@@ -147,6 +147,7 @@ void MarketStatisticsUi::buildRanking(QWidget *page)
     boardRankingUpdateTimeLabel = new QLabel(QStringLiteral("更新时间: --"));
     boardRankingUpdateTimeLabel->setObjectName(QStringLiteral("boardRankingUpdateTimeLabel"));
     boardRankingUpdateTimeLabel->setTextFormat(Qt::PlainText);
+    boardRankingUpdateTimeLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     boardRankingTitleLayout->addWidget(boardRankingTitleLabel);
     boardRankingTitleLayout->addStretch();
     boardRankingTitleLayout->addWidget(boardRankingUpdateTimeLabel);
@@ -158,6 +159,10 @@ void MarketStatisticsUi::buildRanking(QWidget *page)
     boardRankingTable = new QTableWidget(RankingRows, headers.size(), page);
     boardRankingTable->setObjectName(QStringLiteral("boardRankingTable"));
     boardRankingTable->setHorizontalHeaderLabels(headers);
+    // Captions stand on the edge that their columns stand on.
+    boardRankingTable->horizontalHeaderItem(1)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    for (int column = 2; column < headers.size(); ++column)
+        boardRankingTable->horizontalHeaderItem(column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
     boardRankingTable->setSortingEnabled(false);
     boardRankingTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     boardRankingTable->setMinimumSize(400, 130);
@@ -169,11 +174,12 @@ void MarketStatisticsUi::buildRanking(QWidget *page)
     boardRankingTable->horizontalHeader()->setSectionsClickable(false);
     boardRankingTable->horizontalHeader()->setHighlightSections(false);
     boardRankingTable->verticalHeader()->hide();
-    boardRankingTable->verticalHeader()->setMinimumSectionSize(1);
+    for (QHeaderView *header : {boardRankingTable->horizontalHeader(), boardRankingTable->verticalHeader()})
+        header->setMinimumSectionSize(1);
     boardStatsLayout->addWidget(boardRankingTable, row + 1, 0, 1, ColumnCount);
 }
 
-void MarketStatisticsUi::setFontSizes(int captionSize, int valueSize)
+void MarketStatisticsUi::setFontSizes(int captionSize, int valueSize, int titleSize)
 {
     const QFont captionFont = sized(captionSize);
     int captionWidth = 0;
@@ -188,7 +194,10 @@ void MarketStatisticsUi::setFontSizes(int captionSize, int valueSize)
     }
 
     const QFontMetrics widest(sized(valueSize, QFont::Bold));
-    const QSize room(widest.horizontalAdvance(QStringLiteral("-88.88%")) + GroundWidth,
+    const int width = qMax(widest.horizontalAdvance(QStringLiteral("-88.88%")),
+                           widest.horizontalAdvance(QStringLiteral("100.00%")));
+    // A label on a ground indents its text by half an x.
+    const QSize room(width + GroundWidth + widest.horizontalAdvance(QLatin1Char('x')) / 2,
                      widest.height() + GroundHeight);
     const QFont valueFont = sized(valueSize);
     for (QLabel *value : qAsConst(values)) {
@@ -197,4 +206,19 @@ void MarketStatisticsUi::setFontSizes(int captionSize, int valueSize)
         value->setFont(valueFont);
         value->setMinimumSize(room);
     }
+
+    const QFont timeFont = sized(titleSize);
+    boardRankingTitleLabel->setFont(sized(titleSize, QFont::Bold));
+    boardRankingUpdateTimeLabel->setFont(timeFont);
+    boardRankingUpdateTimeLabel->setMinimumWidth(
+        QFontMetrics(timeFont).horizontalAdvance(QStringLiteral("更新时间: 88:88:88")));
+}
+
+void MarketStatisticsUi::setRankingFontSize(int fontSize)
+{
+    boardRankingTable->setFont(sized(fontSize));
+    QHeaderView *header = boardRankingTable->horizontalHeader();
+    header->setFont(sized(fontSize, QFont::Bold));
+    // The captions are written in the viewport's font, which an application style sheet keeps from following.
+    header->viewport()->setFont(header->font());
 }

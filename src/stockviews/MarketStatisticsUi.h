@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -18,9 +19,11 @@ struct MarketStatisticsUi
     /// Builds everything into an empty page. Values show "--", the bar shows 0.
     void setupUi(QWidget *page);
 
-    /// Sets the sizes of captions and values, in points, and takes what values look like away. The widths
-    /// that figures need are kept free, so that no figure moves anything.
-    void setFontSizes(int captionSize, int valueSize);
+    /// Sets the sizes of captions, values and the ranking's title, in points, and takes what values look like
+    /// away. The widths that figures need are kept free, so that no figure moves anything.
+    void setFontSizes(int captionSize, int valueSize, int titleSize);
+    /// Sets the size of the ranking's font, in points.
+    void setRankingFontSize(int fontSize);
 
     QVBoxLayout *verticalLayout = nullptr;
     QGridLayout *marketStatsLayout = nullptr;
@@ -48,6 +51,7 @@ private:
         Cell right;
     };
 
+    static QFont sized(int points, QFont::Weight weight = QFont::Normal);
     void addRow(QGridLayout *grid, int row, const Row &cells);
     QLabel *makeCaption(const char *objectName, const QString &text, bool inTheMiddle = false);
     void buildRanking(QWidget *page);

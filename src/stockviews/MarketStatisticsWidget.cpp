@@ -29,14 +29,6 @@ void dress(QWidget *widget, const QString &style)
         widget->setStyleSheet(style);
 }
 
-QFont sized(int points, QFont::Weight weight)
-{
-    QFont font;
-    font.setPointSize(points);
-    font.setWeight(weight);
-    return font;
-}
-
 QTableWidgetItem *makeItem(const MarketRendering::RankingCell &cell, const QColor &background)
 {
     auto *item = new QTableWidgetItem(cell.text);
@@ -73,6 +65,8 @@ MarketStatisticsWidget::MarketStatisticsWidget(Clock clock, QWidget *parent)
 {
     m_ui->setupUi(this);
     m_ui->boardRankingTable->installEventFilter(this);
+    // Dressed from the start: its height depends on it.
+    showSealing(0.0);
     connectClient();
     connect(m_refreshTimer, &QTimer::timeout, this, &MarketStatisticsWidget::onRefreshTimerTimeout);
     applyFontSettings();
@@ -97,10 +91,8 @@ void MarketStatisticsWidget::useConfiguredService()
 void MarketStatisticsWidget::applyFontSettings()
 {
     const ConfigManager *settings = ConfigManager::instance();
-    m_ui->setFontSizes(settings->getMarketLabelFontSize(), settings->getMarketValueFontSize());
-    const int titleSize = settings->getMarketTitleFontSize();
-    m_ui->boardRankingTitleLabel->setFont(sized(titleSize, QFont::Bold));
-    m_ui->boardRankingUpdateTimeLabel->setFont(sized(titleSize, QFont::Normal));
+    m_ui->setFontSizes(settings->getMarketLabelFontSize(), settings->getMarketValueFontSize(),
+                       settings->getMarketTitleFontSize());
     setUpRanking();
     applySkin();
     if (m_data) {
@@ -174,7 +166,12 @@ void MarketStatisticsWidget::showCounts()
 void MarketStatisticsWidget::showBoards()
 {
     showFigures(MarketRendering::boardFigures(*m_data, valuePointSize()));
-    const MarketRendering::SealingContent sealing = MarketRendering::sealingRate(m_data->sealingRate);
+    showSealing(m_data->sealingRate);
+}
+
+void MarketStatisticsWidget::showSealing(double rate)
+{
+    const MarketRendering::SealingContent sealing = MarketRendering::sealingRate(rate);
     QProgressBar *bar = m_ui->sealingRateProgressBar;
     bar->setValue(sealing.value);
     dress(bar, sealing.style);
@@ -216,8 +213,7 @@ void MarketStatisticsWidget::setUpRanking()
     const int fontSize = ConfigManager::instance()->getMarketBoardRankingFontSize();
     const int section = MarketRendering::sectionSize(fontSize);
     QTableWidget *table = m_ui->boardRankingTable;
-    table->setFont(sized(fontSize, QFont::Normal));
-    table->horizontalHeader()->setFont(sized(fontSize, QFont::Bold));
+    m_ui->setRankingFontSize(fontSize);
     table->setTextElideMode(Qt::ElideNone);
     table->setSelectionMode(QAbstractItemView::NoSelection);
     table->setFocusPolicy(Qt::NoFocus);

@@ -67,6 +67,7 @@ private:
     void showFigures(const LabelContents &figures);
     void showCounts();
     void showBoards();
+    void showSealing(double rate);
     void showIndices();
     void showRanking(const QList<TopBoardInfo> &topBoards);
     void fillRanking();
