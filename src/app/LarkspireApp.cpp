@@ -20,6 +20,7 @@
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
 #include "settings/ThemeManager.h"
+#include "stockviews/StockAnalysisWidget.h"
 
 #include <QAction>
 #include <QApplication>
@@ -91,6 +92,7 @@ LarkspireApp::LarkspireApp() : m_ui(std::make_unique<MainWindowUi>())
     setupConnections();
     setupTables();
     setupSplitter(m_ui->mainVerticalSplitter);
+    addStockPage();
 
     applyConfig(false);
     applyTheme(m_config.darkMode);
@@ -140,12 +142,15 @@ void LarkspireApp::createManagers()
     m_autoStartManager = new AutoStartManager(this);
     m_authManager = new AuthManager(this);
     m_authManager->loadStoredCredentials();
+    m_stockAnalysisWidget = new StockAnalysisWidget(this);
+    m_stockAnalysisWidget->setAuthManager(m_authManager);
     m_customNotification = new CustomNotification(this);
     m_userInfoDialog = new UserInfoDialog(this);
     m_customerServiceDialog = new CustomerServiceDialog(this, m_config.darkMode);
     m_loginDialog = new LoginDialog(this, m_config.darkMode);
     m_userInfoDialog->setCustomerServiceDialog(m_customerServiceDialog);
     m_loginDialog->setApiClient(m_apiClient);
+    m_stockAnalysisWidget->setSpeechManager(m_speechManager);
 }
 
 void LarkspireApp::readConfig()
@@ -436,6 +441,8 @@ void LarkspireApp::adoptConfig(const AppConfig &edited)
 
     saveSettings();
     applyConfig(true);
+    if (m_stockAnalysisWidget)
+        m_stockAnalysisWidget->reloadSettings();
     if (m_config.darkMode != previous.darkMode) {
         applyTheme(m_config.darkMode);
         themeCustomerService();

@@ -39,6 +39,7 @@ class QTimer;
 class QUrl;
 class SoundReminder;
 class SpeechManager;
+class StockAnalysisWidget;
 class UserInfoDialog;
 enum class NewsTableKind;
 struct MainWindowUi;
@@ -248,6 +249,10 @@ private:
     void showList(NewsTableKind kind, const QList<NewsData> &newsList);
     void makePageCurrent(QWidget *page);
 
+    // The stock page.
+    /// Puts the stock page into its place and connects it.
+    void addStockPage();
+
     // The account.
     void startNewsCycle();
     /// Copies key and session token of the login to the news client; false without a key or a client.
@@ -286,6 +291,7 @@ private:
     QPointer<AutoStartManager> m_autoStartManager;
     QPointer<AuthManager> m_authManager;
     QPointer<CustomNotification> m_customNotification;
+    QPointer<StockAnalysisWidget> m_stockAnalysisWidget;
     QPointer<UserInfoDialog> m_userInfoDialog;
     QPointer<CustomerServiceDialog> m_customerServiceDialog;
     QPointer<LoginDialog> m_loginDialog;

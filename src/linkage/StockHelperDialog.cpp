@@ -129,10 +129,10 @@ void StockHelperDialog::showEvent(QShowEvent *event)
         return;
     m_opened = true;
     // From the event loop, so that a warning comes up over the dialog and not ahead of it.
-    QTimer::singleShot(0, this, &StockHelperDialog::open);
+    QTimer::singleShot(0, this, &StockHelperDialog::load);
 }
 
-void StockHelperDialog::open()
+void StockHelperDialog::load()
 {
     StockApiConfig *config = StockApiConfig::instance();
     config->refreshFromSettings();

@@ -67,7 +67,7 @@ private:
     };
 
     void buildForm();
-    void open();
+    void load();
     void onConfigReceived(const QJsonObject &config);
     void onSoftwareListReceived(const SoftwareList &softwareList);
     void onConfigSaved(bool success);

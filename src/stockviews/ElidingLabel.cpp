@@ -29,9 +29,20 @@ QRect ElidingLabel::textRect() const
     return contentsRect().adjusted(margin(), margin(), -margin(), -margin());
 }
 
+QFont ElidingLabel::fittingFont() const
+{
+    QFont fitting = font();
+    if (m_smallestPointSize <= 0)
+        return fitting;
+    while (QFontMetrics(fitting).horizontalAdvance(text()) > textRect().width() &&
+           fitting.pointSizeF() - 0.5 >= m_smallestPointSize)
+        fitting.setPointSizeF(fitting.pointSizeF() - 0.5);
+    return fitting;
+}
+
 bool ElidingLabel::isCut() const
 {
-    return fontMetrics().horizontalAdvance(text()) > textRect().width();
+    return QFontMetrics(fittingFont()).horizontalAdvance(text()) > textRect().width();
 }
 
 bool ElidingLabel::event(QEvent *event)
@@ -43,12 +54,14 @@ bool ElidingLabel::event(QEvent *event)
     return QLabel::event(event);
 }
 
-void ElidingLabel::paintEvent(QPaintEvent *event)
+void ElidingLabel::paintEvent(QPaintEvent *)
 {
-    QFrame::paintEvent(event);
     QPainter painter(this);
+    drawFrame(&painter);
     const QRect place = textRect();
-    style()->drawItemText(&painter, place, static_cast<int>(alignment()) | Qt::TextSingleLine, palette(),
-                          isEnabled(), fontMetrics().elidedText(text(), Qt::ElideRight, place.width()),
-                          foregroundRole());
+    const QFont fitting = fittingFont();
+    painter.setFont(fitting);
+    style()->drawItemText(
+        &painter, place, static_cast<int>(alignment()) | Qt::TextSingleLine, palette(), isEnabled(),
+        QFontMetrics(fitting).elidedText(text(), Qt::ElideRight, place.width()), foregroundRole());
 }

@@ -12,6 +12,10 @@ public:
     explicit ElidingLabel(const QString &text = QString(), QWidget *parent = nullptr);
     Q_DISABLE_COPY_MOVE(ElidingLabel)
 
+    /// A text that does not fit is written down to this size in points before it is cut; 0, as at first, for
+    /// none.
+    void setSmallestPointSize(qreal points) { m_smallestPointSize = points; }
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -21,5 +25,8 @@ protected:
 
 private:
     QRect textRect() const;
+    QFont fittingFont() const;
     bool isCut() const;
+
+    qreal m_smallestPointSize = 0.0;
 };

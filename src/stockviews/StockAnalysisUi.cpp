@@ -105,12 +105,14 @@ qreal largestFitting(const QFont &base, qreal configured, const QSize &room)
 {
     QFont font = base;
     font.setBold(true);
-    for (qreal points = configured; points > SmallestSettledPointSize; points -= 0.5) {
+    qreal points = configured;
+    while (points > SmallestSettledPointSize) {
         font.setPointSizeF(points);
         const QFontMetrics metrics(font);
         if (metrics.horizontalAdvance(everydayText) + GroundWidth <= room.width() &&
             metrics.height() + GroundHeight <= room.height())
             return points;
+        points -= 0.5;
     }
     return SmallestSettledPointSize;
 }
@@ -164,7 +166,8 @@ void StockAnalysisUi::buildControlGroup(QWidget *page)
         make<QCheckBox>(QStringLiteral("autoRefreshCheckBox"), QStringLiteral("自动刷新"), page);
     autoRefreshIndicator = make<QLabel>(QStringLiteral("autoRefreshIndicator"), page);
     autoRefreshIndicator->setFixedSize(IndicatorSize, IndicatorSize);
-    statusLabel = make<ElidingLabel>(QStringLiteral("statusLabel"), QStringLiteral("开启自动刷新，跟随交易软件中的股票"), page);
+    statusLabel = make<ElidingLabel>(QStringLiteral("statusLabel"),
+                                     QStringLiteral("开启自动刷新，跟随交易软件中的股票"), page);
 
     auto *choices = new QHBoxLayout;
     choices->setSpacing(4);
@@ -217,6 +220,7 @@ ElidingLabel *StockAnalysisUi::addCaption(QWidget *page, int row, int column, co
     QFont font = caption->font();
     font.setPointSizeF(CaptionPointSize);
     caption->setFont(font);
+    caption->setSmallestPointSize(ValueLabel::SmallestPointSize);
     grid->addWidget(caption, row, column);
     m_captions.insert(objectName, caption);
     return caption;

@@ -99,6 +99,7 @@ StockAnalysisWidget::~StockAnalysisWidget()
     settings->setStockRefreshInterval(m_refreshInterval);
     settings->setCurrentSoftware(m_currentSoftware);
     settings->setStockLinkageMode(m_linkageMode);
+    settings->sync();
     unregisterHotkeys();
     // These work on the surroundings, which go ahead of the children.
     delete m_codeSender;

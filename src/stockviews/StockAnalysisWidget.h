@@ -148,6 +148,8 @@ private:
 
     // Copies of the trading programs.
     void refreshInstances(const QString &software);
+    /// After a failed read: when the chosen copy has ended and others run, takes the list anew.
+    void forgetEndedInstance();
     void refreshTdxInstances();
     void refreshThsInstances();
 

@@ -14,8 +14,7 @@ constexpr int SideRoom = 2;
 
 } // namespace
 
-ValueLabel::ValueLabel(QWidget *parent)
-    : QLabel(parent)
+ValueLabel::ValueLabel(QWidget *parent) : QLabel(parent)
 {
     setTextFormat(Qt::RichText);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -92,12 +91,13 @@ void ValueLabel::fit()
     update();
 }
 
-void ValueLabel::paintEvent(QPaintEvent *event)
+void ValueLabel::paintEvent(QPaintEvent *)
 {
-    // The ground; a label would put a line that is as high as the ground itself at its top instead of its middle.
-    QFrame::paintEvent(event);
-    const QSizeF size(m_document.idealWidth(), m_document.size().height());
+    // The ground; a label would put a line that is as high as the ground itself at its top instead of its
+    // middle.
     QPainter painter(this);
+    drawFrame(&painter);
+    const QSizeF size(m_document.idealWidth(), m_document.size().height());
     painter.translate((width() - size.width()) / 2, (height() - size.height()) / 2);
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette = palette();

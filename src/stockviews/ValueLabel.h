@@ -3,9 +3,9 @@
 #include <QLabel>
 #include <QTextDocument>
 
-/// A value in the stock grid: rich text in the middle of a coloured ground or of none. What it says changes neither
-/// its place nor its size: it asks for the height of one line and no width of its own, and a text too long for the
-/// width is written smaller.
+/// A value in the stock grid: rich text in the middle of a coloured ground or of none. What it says changes
+/// neither its place nor its size: it asks for the height of one line and no width of its own, and a text too
+/// long for the width is written smaller.
 class ValueLabel final : public QLabel
 {
     Q_OBJECT

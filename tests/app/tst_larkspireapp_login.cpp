@@ -362,11 +362,11 @@ void TestLarkspireAppLogin::dialogOpensInTheMiddleOfWhatIsThere()
     });
     QTRY_VERIFY(hidden.ended());
 
-    m_window->resize(700, 600);
+    m_window->resize(700, 800);
     m_window->move(120, 130);
     m_window->show();
     QTRY_VERIFY(m_window->isActiveWindow());
-    m_window->resize(700, 600);
+    m_window->resize(700, 800);
     m_window->move(120, 130);
     QTRY_COMPARE(m_window->pos(), QPoint(120, 130));
     const DialogVisit visible(methodTitle, [&](QDialog &dialog) {

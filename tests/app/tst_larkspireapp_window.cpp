@@ -117,7 +117,7 @@ void TestLarkspireAppWindow::init()
 {
     clearSettings();
     storeNoLogin();
-    ConfigManager::instance()->setWindowSize(QSize(700, 600));
+    ConfigManager::instance()->setWindowSize(QSize(700, 800));
     SpeechStage::instance().reset();
 }
 
@@ -168,14 +168,14 @@ void TestLarkspireAppWindow::closingStoresThePlace()
     ConfigManager::instance()->setRememberWindowState(remember);
     const auto window = openWindow();
     window->move(220, 160);
-    window->resize(640, 580);
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    window->resize(640, 780);
+    QTRY_COMPARE(window->size(), QSize(640, 780));
     QTRY_COMPARE(window->pos(), QPoint(220, 160));
     ConfigManager::instance()->setWindowPosition(QPoint(1, 2));
     ConfigManager::instance()->setWindowSize(QSize(3, 4));
     window->close();
     QCOMPARE(ConfigManager::instance()->getWindowPosition(), remember ? QPoint(220, 160) : QPoint(1, 2));
-    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 580) : QSize(3, 4));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 780) : QSize(3, 4));
 }
 
 void TestLarkspireAppWindow::exitAsksWhileNotificationsAreOn_data()
@@ -278,15 +278,15 @@ void TestLarkspireAppWindow::exitByTheTrayLeavesTheSpeechAlone()
 void TestLarkspireAppWindow::minimisingHidesAndComingBackKeepsTheSize()
 {
     const auto window = openWindow();
-    window->resize(650, 590);
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->resize(650, 790);
+    QTRY_COMPARE(window->size(), QSize(650, 790));
     window->showMinimized();
     QTRY_VERIFY(!window->isVisible());
 
     window->showAndActivateWindow();
     QTRY_VERIFY(window->isVisible() && !window->isMinimized());
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    QCOMPARE(window->size(), QSize(650, 590));
+    QCOMPARE(window->size(), QSize(650, 790));
     // It does not go away again by an echo of the minimise.
     QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
     QVERIFY(pumped.wait());
@@ -297,8 +297,8 @@ void TestLarkspireAppWindow::windowMinimisedToTheTrayIgnoresWhatWasStoredSince()
 {
     const auto window = openWindow();
     const QByteArray other = window->saveGeometry();
-    window->resize(650, 590);
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->resize(650, 790);
+    QTRY_COMPARE(window->size(), QSize(650, 790));
     window->showMinimized();
     QTRY_VERIFY(!window->isVisible());
     // Past the change of the state, which goes by the stored geometry: only the showing is looked at here.
@@ -306,24 +306,24 @@ void TestLarkspireAppWindow::windowMinimisedToTheTrayIgnoresWhatWasStoredSince()
     window->setWindowState(Qt::WindowNoState);
     ConfigManager::instance()->setWindowGeometry(other);
     window->show();
-    QCOMPARE(window->size(), QSize(650, 590));
+    QCOMPARE(window->size(), QSize(650, 790));
 
     // Once back, it goes by the stored geometry again.
     window->hide();
     window->show();
-    QCOMPARE(window->size(), QSize(700, 600));
+    QCOMPARE(window->size(), QSize(700, 800));
 }
 
 void TestLarkspireAppWindow::minimisingStoresPlaceAndGeometry()
 {
     const auto window = openWindow();
     QVERIFY(ConfigManager::instance()->getWindowGeometry().isEmpty());
-    window->resize(650, 590);
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->resize(650, 790);
+    QTRY_COMPARE(window->size(), QSize(650, 790));
     ConfigManager::instance()->setWindowSize(QSize(3, 4));
     window->showMinimized();
     QTRY_VERIFY(!window->isVisible());
-    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(650, 590));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(650, 790));
     QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
 }
 
@@ -333,16 +333,16 @@ void TestLarkspireAppWindow::windowBackFromAMinimiseKeepsItsSizeWhateverIsStored
     window->showMinimized();
     QTRY_VERIFY(!window->isVisible());
     ConfigManager::instance()->setWindowGeometry(QByteArray());
-    ConfigManager::instance()->setWindowSize(QSize(620, 540));
+    ConfigManager::instance()->setWindowSize(QSize(620, 740));
     trayEntry(*window, QStringLiteral("显示主窗口"))->trigger();
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    QCOMPARE(window->size(), QSize(700, 600));
+    QCOMPARE(window->size(), QSize(700, 800));
     // Hidden in another way, it takes the stored size again.
     window->hide();
     ConfigManager::instance()->setWindowGeometry(QByteArray());
-    ConfigManager::instance()->setWindowSize(QSize(620, 540));
+    ConfigManager::instance()->setWindowSize(QSize(620, 740));
     window->show();
-    QTRY_COMPARE(window->size(), QSize(620, 540));
+    QTRY_COMPARE(window->size(), QSize(620, 740));
 }
 
 void TestLarkspireAppWindow::trayEntriesShowAndHide()
@@ -361,12 +361,12 @@ void TestLarkspireAppWindow::trayEntriesShowAndHide()
 void TestLarkspireAppWindow::aChangeToMaximisedRestoresTheStoredGeometry()
 {
     const auto window = openWindow();
-    window->resize(650, 590);
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->resize(650, 790);
+    QTRY_COMPARE(window->size(), QSize(650, 790));
     ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
     window->showMaximized();
     QTRY_VERIFY(!window->isMaximized());
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    QTRY_COMPARE(window->size(), QSize(650, 790));
 }
 
 void TestLarkspireAppWindow::maximisingWorksWithoutAStoredGeometry()
@@ -379,26 +379,26 @@ void TestLarkspireAppWindow::maximisingWorksWithoutAStoredGeometry()
 void TestLarkspireAppWindow::showingRestoresTheStoredGeometry()
 {
     const auto window = openWindow();
-    window->resize(650, 590);
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    window->resize(650, 790);
+    QTRY_COMPARE(window->size(), QSize(650, 790));
     const QByteArray geometry = window->saveGeometry();
     window->hide();
-    window->resize(500, 500);
+    window->resize(500, 700);
     ConfigManager::instance()->setWindowGeometry(geometry);
     window->show();
-    QTRY_COMPARE(window->size(), QSize(650, 590));
+    QTRY_COMPARE(window->size(), QSize(650, 790));
 }
 
 void TestLarkspireAppWindow::showingWithoutAGeometryTakesTheStoredSize()
 {
     LarkspireApp window;
-    QCOMPARE(window.size(), QSize(700, 600));
+    QCOMPARE(window.size(), QSize(700, 800));
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     window.hide();
-    ConfigManager::instance()->setWindowSize(QSize(660, 570));
+    ConfigManager::instance()->setWindowSize(QSize(660, 770));
     window.show();
-    QTRY_COMPARE(window.size(), QSize(660, 570));
+    QTRY_COMPARE(window.size(), QSize(660, 770));
 }
 
 void TestLarkspireAppWindow::showingLeavesTheSizeAloneWhenThePlaceIsNotRemembered()
@@ -406,11 +406,11 @@ void TestLarkspireAppWindow::showingLeavesTheSizeAloneWhenThePlaceIsNotRemembere
     const auto window = openWindow();
     LarkspireAppPeer::config(*window).rememberWindowState = false;
     window->hide();
-    window->resize(660, 570);
+    window->resize(660, 770);
     window->show();
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QTRY_COMPARE(window->size(), QSize(660, 570));
-    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(700, 600));
+    QTRY_COMPARE(window->size(), QSize(660, 770));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), QSize(700, 800));
 }
 
 void TestLarkspireAppWindow::movingAndResizingAreStored_data()
@@ -428,11 +428,11 @@ void TestLarkspireAppWindow::movingAndResizingAreStored()
     ConfigManager::instance()->setWindowPosition(QPoint(1, 2));
     ConfigManager::instance()->setWindowSize(QSize(3, 4));
     window->move(240, 170);
-    window->resize(640, 580);
+    window->resize(640, 780);
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->size(), QSize(640, 780));
     QCOMPARE(ConfigManager::instance()->getWindowPosition(), remember ? QPoint(240, 170) : QPoint(1, 2));
-    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 580) : QSize(3, 4));
+    QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 780) : QSize(3, 4));
 }
 
 void TestLarkspireAppWindow::aWindowThatIsHiddenAndShownAgainStaysInItsPlace()
@@ -446,7 +446,7 @@ void TestLarkspireAppWindow::aWindowThatIsHiddenAndShownAgainStaysInItsPlace()
         window->showAndActivateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
         QTRY_COMPARE(window->pos(), QPoint(240, 170));
-        QCOMPARE(window->size(), QSize(700, 600));
+        QCOMPARE(window->size(), QSize(700, 800));
     }
 }
 
@@ -457,12 +457,12 @@ void TestLarkspireAppWindow::aSizeChosenSinceTheLastStartIsKeptThroughTheTray()
     }
     QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
     const auto window = openWindow();
-    window->resize(800, 650);
-    QTRY_COMPARE(window->size(), QSize(800, 650));
+    window->resize(800, 850);
+    QTRY_COMPARE(window->size(), QSize(800, 850));
     window->close();
     window->showAndActivateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    QCOMPARE(window->size(), QSize(800, 650));
+    QCOMPARE(window->size(), QSize(800, 850));
 }
 
 void TestLarkspireAppWindow::showAndActivateBringsAHiddenWindowBack_data()
@@ -488,10 +488,10 @@ void TestLarkspireAppWindow::showAndActivateMovesAWindowWithoutGeometryToItsPlac
     const auto window = openWindow();
     window->hide();
     ConfigManager::instance()->setWindowPosition(QPoint(260, 180));
-    ConfigManager::instance()->setWindowSize(QSize(680, 560));
+    ConfigManager::instance()->setWindowSize(QSize(680, 760));
     window->showAndActivateWindow();
     QTRY_COMPARE(window->pos(), QPoint(260, 180));
-    QTRY_COMPARE(window->size(), QSize(680, 560));
+    QTRY_COMPARE(window->size(), QSize(680, 760));
 }
 
 void TestLarkspireAppWindow::showAndActivateLeavesAWindowInSightWhereItIs_data()
@@ -508,15 +508,15 @@ void TestLarkspireAppWindow::showAndActivateLeavesAWindowInSightWhereItIs()
     if (storedBefore)
         ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
     window->move(240, 170);
-    window->resize(640, 580);
+    window->resize(640, 780);
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->size(), QSize(640, 780));
 
     window->showAndActivateWindow();
     QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
     QVERIFY(pumped.wait());
     QCOMPARE(window->pos(), QPoint(240, 170));
-    QCOMPARE(window->size(), QSize(640, 580));
+    QCOMPARE(window->size(), QSize(640, 780));
     // And from the tray it comes back to this place.
     QCOMPARE(ConfigManager::instance()->getWindowGeometry(), window->saveGeometry());
 }
@@ -526,9 +526,9 @@ void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayKeepsTheNewPlace()
     const auto window = openWindow();
     ConfigManager::instance()->setWindowGeometry(window->saveGeometry());
     window->move(240, 170);
-    window->resize(640, 580);
+    window->resize(640, 780);
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->size(), QSize(640, 780));
     QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(*window);
     emit tray->activated(QSystemTrayIcon::Trigger);
     emit tray->activated(QSystemTrayIcon::DoubleClick);
@@ -536,7 +536,7 @@ void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayKeepsTheNewPlace()
     window->showAndActivateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QCOMPARE(window->size(), QSize(640, 580));
+    QCOMPARE(window->size(), QSize(640, 780));
 }
 
 void TestLarkspireAppWindow::maximisedWindowKeepsItsWayDownThroughTheTray_data()
@@ -754,14 +754,14 @@ void TestLarkspireAppWindow::topMostKeepsAVisibleWindowVisibleInItsPlace()
 {
     const auto window = openWindow();
     window->move(240, 170);
-    window->resize(640, 580);
+    window->resize(640, 780);
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->size(), QSize(640, 780));
     topMostBox(*window)->click();
     QVERIFY(window->isVisible());
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     QTRY_COMPARE(window->pos(), QPoint(240, 170));
-    QTRY_COMPARE(window->size(), QSize(640, 580));
+    QTRY_COMPARE(window->size(), QSize(640, 780));
 
     window->hide();
     topMostBox(*window)->click();

@@ -410,6 +410,23 @@ private slots:
         QTRY_COMPARE(page.status(), updated("000858"));
     }
 
+    void aProgramStartedAgainUnderAnotherIdIsFollowed()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.closeTdx();
+        page.tick();
+        QCOMPARE(page.status(), updated("600519"));
+        page.openInTdx("000858", StockPageFixture::tdxPid + 5);
+        page.tick(); // finds that the chosen copy has gone
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("000858"));
+    }
+
     void goingBackToAStockAsksAndSpeaksAgain()
     {
         SpeechStage::instance().speaksAtOnce = false; // so that no name waits for the one before
