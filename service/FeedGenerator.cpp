@@ -1,10 +1,16 @@
 #include "service/FeedGenerator.h"
 
+#include "service/Concepts.h"
+#include "service/DecimalText.h"
 #include "service/Dice.h"
+#include "service/Market.h"
+#include "service/MarketFigures.h"
 #include "service/NewsStore.h"
 #include "service/StockCatalogue.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -22,10 +28,13 @@ struct Draft
     std::vector<const Stock *> stocks;
 };
 
-constexpr const char *themes[] = {"人工智能", "机器人",   "半导体",   "低空经济",   "固态电池", "光模块",
-                                  "商业航天", "创新药",   "数据要素", "可控核聚变", "储能",     "军工电子",
-                                  "稀土永磁", "先进封装", "智能驾驶", "人形机器人", "算力",     "消费电子",
-                                  "氢能源",   "跨境电商", "中药",     "国企改革",   "高端装备", "量子科技"};
+/// When an item is written, and the market that it is about.
+struct Scene
+{
+    EpochSeconds time;
+    const Market &market;
+};
+
 constexpr const char *ministries[] = {"国家发展改革委", "工业和信息化部", "财政部", "商务部",    "证监会",
                                       "中国人民银行",   "国务院国资委",   "科技部", "国家能源局"};
 constexpr const char *regions[] = {"上海", "深圳", "北京", "杭州", "合肥", "成都",
@@ -42,6 +51,11 @@ std::string named(const Stock &stock)
 std::string number(std::int64_t value)
 {
     return std::to_string(value);
+}
+
+const char *anyTheme(Dice &dice)
+{
+    return dice.of(conceptCatalogue()).name;
 }
 
 const Stock &anyStock(Dice &dice)
@@ -61,22 +75,6 @@ std::vector<const Stock *> someStocks(Dice &dice, std::size_t count)
     return stocks;
 }
 
-/// A stock and up to `count` - 1 others of its line of business, fewer when there are no more.
-std::vector<const Stock *> stocksOfOneIndustry(Dice &dice, std::size_t count)
-{
-    const Stock &leader = anyStock(dice);
-    std::vector<const Stock *> stocks{&leader};
-    const std::vector<Stock> &catalogue = stockCatalogue();
-    const auto start =
-        static_cast<std::size_t>(dice.between(0, static_cast<std::int64_t>(catalogue.size()) - 1));
-    for (std::size_t i = 0; i < catalogue.size() && stocks.size() < count; ++i) {
-        const Stock &stock = catalogue[(start + i) % catalogue.size()];
-        if (&stock != &leader && std::string(stock.industry) == leader.industry)
-            stocks.push_back(&stock);
-    }
-    return stocks;
-}
-
 std::string listed(const std::vector<const Stock *> &stocks)
 {
     std::string text;
@@ -85,15 +83,109 @@ std::string listed(const std::vector<const Stock *> &stocks)
     return text;
 }
 
-Draft policy(Dice &dice, EpochSeconds time)
+/// A change in hundredths of a percent as "涨1.23%" or "跌1.23%".
+std::string changeText(std::int64_t hundredths)
 {
-    const std::string theme = dice.of(themes);
+    return (hundredths < 0 ? "跌" : "涨") + decimalText(std::abs(hundredths)) + "%";
+}
+
+/// The figures of the market at the time of the scene.
+Json figuresOf(const Scene &scene)
+{
+    const auto statistics = MarketFigures(scene.market).statistics(scene.time, std::nullopt);
+    return statistics ? statistics->at("market_stats") : Json::object();
+}
+
+std::int64_t hundredths(const Json &figures, const char *key)
+{
+    return std::llround(figures.value(key, 0.0) * 100);
+}
+
+/// Whether shares change hands at the time of the scene.
+bool isTrading(const Scene &scene)
+{
+    const DaySeconds second = secondOfDay(scene.time);
+    return isTradingDay(dayOf(scene.time)) && second >= TradingHours::morningStart &&
+           second < TradingHours::close;
+}
+
+/// The stocks that stand at their limit-up price.
+std::vector<StockDay> atLimit(const Scene &scene)
+{
+    const MarketMoment moment = momentAt(scene.time);
+    std::vector<StockDay> found;
+    for (const StockDay &day : scene.market.outstanding(moment.day)->limitUps) {
+        if (scene.market.quote(*day.stock, day.bar, moment.second).isLimitUp)
+            found.push_back(day);
+    }
+    return found;
+}
+
+/// The stocks that have reached their limit-up price after `since`.
+std::vector<StockDay> reachedSince(const Scene &scene, EpochSeconds since)
+{
+    const MarketMoment moment = momentAt(scene.time);
+    const EpochSeconds midnight = fromWire(toText(moment.day) + " 00:00:00").value_or(0);
+    std::vector<StockDay> found;
+    for (const StockDay &day : scene.market.outstanding(moment.day)->limitUps) {
+        const EpochSeconds reached = midnight + (day.bar.openedAtLimit ? TradingHours::openingPrices
+                                                                       : clockSecond(day.bar.firstTouch));
+        if (reached > since && reached <= scene.time)
+            found.push_back(day);
+    }
+    return found;
+}
+
+/// What the stock is traded for: the concept that moves it, or its line of business.
+std::string topicOf(const StockDay &day)
+{
+    return day.bar.reason ? day.bar.reason->name : day.stock->industry;
+}
+
+/// The news of stocks that have just reached their limit-up price.
+Draft reachedLimit(Dice &dice, const Scene &scene, const std::vector<StockDay> &days)
+{
+    Draft draft{"涨停", dice.of(quickSources), {}, {}, {}};
+    for (const StockDay &day : days)
+        draft.stocks.push_back(day.stock);
+    const StockDay &leader = days.front();
+    const std::string name = leader.stock->name;
+    const std::string clock = toClockText(scene.time);
+    if (days.size() > 1) {
+        draft.title = number(static_cast<std::int64_t>(days.size())) + "股触及涨停：" + name;
+        for (std::size_t i = 1; i < days.size() && i < 3; ++i)
+            draft.title += std::string("、") + days[i].stock->name;
+        draft.title += days.size() > 3 ? "等" : "";
+        std::string names;
+        for (const StockDay &day : days)
+            names += (names.empty() ? "" : "、") + named(*day.stock) + "[" + topicOf(day) + "]";
+        draft.paragraphs = {"截至" + clock + "，" + names + "先后触及涨停。"};
+        return draft;
+    }
+    const std::string topic = topicOf(leader);
+    const std::int64_t tries = leader.bar.kind == DayKind::LimitUp ? leader.bar.boards : 1;
+    if (tries > 1)
+        draft.title = name + "冲击" + number(tries) + "连板，" + topic + "概念持续活跃";
+    else
+        draft.title =
+            dice.once(2) ? topic + "概念异动拉升，" + name + "涨停" : name + "触及涨停，" + topic + "走强";
+    draft.paragraphs = {clock + "，" + named(*leader.stock) + "触及涨停，报" +
+                        decimalText(leader.bar.limitUp) + "元。"};
+    if (leader.bar.reason)
+        draft.paragraphs.push_back("消息面上，" + std::string(leader.bar.reason->story) + "。");
+    draft.paragraphs.push_back("公司主要从事" + businessOf(leader.stock->industry) + "。");
+    return draft;
+}
+
+Draft policy(Dice &dice, const Scene &scene)
+{
+    const std::string theme = anyTheme(dice);
     const std::string ministry = dice.of(ministries);
     Draft draft{"政策", dice.of(quickSources), {}, {}, {}};
     switch (dice.between(0, 4)) {
     case 0:
         draft.title = ministry + "：加快推动" + theme + "产业高质量发展";
-        draft.paragraphs = {ministry + toDayText(time) + "召开座谈会，研究部署" + theme +
+        draft.paragraphs = {ministry + toDayText(scene.time) + "召开座谈会，研究部署" + theme +
                                 "产业下一步工作。会议提出，要强化关键核心技术攻关，完善标准体系，支持龙头企业"
                                 "牵头组建创新联合体。",
                             "会议要求，到下一个规划期末，产业规模年均增速保持在" +
@@ -130,7 +222,7 @@ Draft policy(Dice &dice, EpochSeconds time)
     return draft;
 }
 
-Draft announcement(Dice &dice, EpochSeconds time)
+Draft announcement(Dice &dice, const Scene &scene)
 {
     const Stock &stock = anyStock(dice);
     Draft draft{"公司公告", "云雀公告速递", {}, {}, {&stock}};
@@ -158,24 +250,45 @@ Draft announcement(Dice &dice, EpochSeconds time)
         break;
     case 3:
         draft.title = name + "：控股股东计划增持不低于" + number(dice.between(1, 10)) + "亿元公司股份";
-        draft.paragraphs = {"增持计划自" + toDayText(time) + "起6个月内实施，资金来源为自有资金及专项贷款。"};
+        draft.paragraphs = {"增持计划自" + toDayText(scene.time) +
+                            "起6个月内实施，资金来源为自有资金及专项贷款。"};
         break;
-    case 4:
-        draft.title = name + "：筹划重大资产重组，股票自明日起停牌";
-        draft.paragraphs = {named(stock) + "公告，公司正在筹划以发行股份及支付现金方式购买" + stock.industry +
-                            "领域标的公司控制权，预计停牌时间不超过10个交易日。"};
+    case 4: {
+        const auto marketDay = scene.market.outstanding(quotedDay(scene.time));
+        if (marketDay->suspended.empty()) {
+            draft.title = name + "：目前无筹划中的重大资产重组事项";
+            draft.paragraphs = {"公司生产经营正常，不存在应披露而未披露的重大信息。"};
+            break;
+        }
+        const Stock &paused = *dice.of(marketDay->suspended);
+        draft.stocks = {&paused};
+        draft.title = std::string(paused.name) + "：筹划重大资产重组，股票停牌";
+        draft.paragraphs = {named(paused) + "公告，公司正在筹划以发行股份及支付现金方式购买" +
+                            paused.industry + "领域标的公司控制权，预计停牌时间不超过10个交易日。"};
         break;
+    }
     case 5:
         draft.title = name + "：" + stock.industry + "新产品已实现小批量出货";
         draft.paragraphs = {"公司在投资者关系活动记录表中表示，新产品处于客户验证与爬坡阶段，目前收入占比较小"
                             "，对当期业绩影响有限。"};
         break;
-    case 6:
-        draft.title = name + "发布股票交易异常波动公告";
-        draft.paragraphs = {"公司股票连续" + number(dice.between(2, 3)) +
-                            "个交易日收盘价格涨幅偏离值累计超过20%"
-                            "，经自查，公司生产经营正常，不存在应披露而未披露的重大信息。"};
+    case 6: {
+        std::vector<StockDay> runs = atLimit(scene);
+        runs.erase(
+            std::remove_if(runs.begin(), runs.end(), [](const StockDay &day) { return day.bar.boards < 2; }),
+            runs.end());
+        if (runs.empty()) {
+            draft.title = name + "：股票交易未出现异常波动";
+            draft.paragraphs = {"公司经自查，生产经营正常，内外部经营环境未发生重大变化。"};
+            break;
+        }
+        const StockDay &run = dice.of(runs);
+        draft.stocks = {run.stock};
+        draft.title = std::string(run.stock->name) + "发布股票交易异常波动公告";
+        draft.paragraphs = {named(*run.stock) + "股票连续" + number(run.bar.boards) +
+                            "个交易日涨停，经自查，公司生产经营正常，不存在应披露而未披露的重大信息。"};
         break;
+    }
     default:
         draft.title = name + "：每10股派发现金红利" + dice.decimal(50, 4500) + "元，股权登记日为下周" +
                       dice.of(std::array<const char *, 5>{"一", "二", "三", "四", "五"});
@@ -184,56 +297,61 @@ Draft announcement(Dice &dice, EpochSeconds time)
     return draft;
 }
 
-Draft limitUp(Dice &dice, EpochSeconds time)
+Draft limitUp(Dice &dice, const Scene &scene)
 {
-    const auto stocks = stocksOfOneIndustry(dice, static_cast<std::size_t>(dice.between(2, 5)));
-    const Stock &leader = *stocks.front();
-    const std::string sector = leader.industry;
-    const std::string clock = toClockText(time);
-    const std::int64_t limitUps = dice.between(35, 120);
-    Draft draft{"涨停", dice.of(quickSources), {}, {}, stocks};
-    switch (dice.between(0, 4)) {
+    const std::vector<StockDay> leaders = atLimit(scene);
+    const std::string clock = toClockText(scene.time);
+    Draft draft{"涨停", dice.of(quickSources), {}, {}, {}};
+    if (leaders.empty() || dice.once(4)) {
+        const Json figures = figuresOf(scene);
+        const auto count = [&](const char *key) { return number(figures.value(key, std::int64_t{0})); };
+        const std::string theme = dice.of(scene.market.hotConcepts(quotedDay(scene.time)))->name;
+        draft.title = "涨停复盘：沪深两市" + count("limit_up_count") + "股涨停，" + theme + "关注度居前";
+        draft.paragraphs = {"截至" + clock + "，共" + count("limit_up_count") + "股涨停，连板股" +
+                                count("consecutive_board_count") + "只，封板率" +
+                                decimalText(hundredths(figures, "sealing_rate")) + "%，炸板" +
+                                count("broken_board_count") + "只。",
+                            "上涨" + count("rise_count") + "家，下跌" + count("fall_count") + "家。"};
+        for (std::size_t i = 0; i < leaders.size() && i < 5; ++i)
+            draft.stocks.push_back(leaders[i].stock);
+        if (!draft.stocks.empty())
+            draft.paragraphs.push_back("个股方面，" + listed(draft.stocks) + "涨停。");
+        return draft;
+    }
+    const StockDay &leader = dice.of(leaders);
+    const std::string name = leader.stock->name;
+    const std::string topic = topicOf(leader);
+    const std::string seal = decimalText(leader.bar.sealAmount / 1'000'000) + "亿元";
+    draft.stocks = {leader.stock};
+    switch (dice.between(0, 2)) {
     case 0:
-        draft.title = sector + "概念异动拉升，" + leader.name + "涨停";
-        draft.paragraphs = {clock + "，" + sector + "板块盘中走强，" + listed(stocks) +
-                            "表现活跃，板块指数涨幅扩大至" + dice.decimal(120, 620) + "%。"};
+        draft.title = leader.bar.boards > 1
+                          ? name + "晋级" + number(leader.bar.boards) + "连板，封单超" + seal
+                          : name + "封涨停，封单超" + seal;
+        draft.paragraphs = {"公司所属" + topic + "板块近期受资金关注。"};
         break;
     case 1:
-        draft.title = std::string(leader.name) + "晋级" + number(dice.between(2, 8)) + "连板，封单超" +
-                      dice.decimal(80, 1500) + "亿元";
-        draft.paragraphs = {"公司所属" + sector + "板块近期受资金关注，今日换手率" + dice.decimal(80, 3200) +
-                            "%。"};
-        draft.stocks = {&leader};
-        break;
-    case 2:
-        draft.title = "涨停复盘：沪深两市" + number(limitUps) + "股涨停，" + sector + "成最强风口";
-        draft.paragraphs = {"截至" + clock + "，共" + number(limitUps) + "股涨停，连板股" +
-                                number(dice.between(6, 30)) + "只，封板率" + dice.decimal(5500, 9200) +
-                                "%，炸板" + number(dice.between(8, 50)) + "只。",
-                            "个股方面，" + listed(stocks) + "表现活跃。",
-                            "板块方面，" + sector + "、" + dice.of(themes) + "涨幅居前，" + dice.of(themes) +
-                                "跌幅居前。两市成交额" + dice.decimal(80, 260) + "万亿元。"};
-        break;
-    case 3:
-        draft.title = std::string(leader.name) + "直线拉升封板，" + sector + "板块掀涨停潮";
-        draft.paragraphs = {listed(stocks) + "先后触及涨停。消息面上，行业协会发布" + sector +
-                            "应用白皮书。"};
+        for (const StockDay &other : leaders) {
+            if (other.stock != leader.stock && topicOf(other) == topic)
+                draft.stocks.push_back(other.stock);
+        }
+        draft.title = name + "涨停，" + topic + "板块掀" + (draft.stocks.size() > 2 ? "涨停潮" : "热度");
+        draft.paragraphs = {listed(draft.stocks) + "涨停。"};
+        if (leader.bar.reason)
+            draft.paragraphs.push_back("消息面上，" + std::string(leader.bar.reason->story) + "。");
         break;
     default:
-        draft.title =
-            "开盘" + number(dice.between(5, 60)) + "分钟，" + number(dice.between(10, 60)) + "股封涨停";
-        draft.paragraphs = {"按概念归类，" + sector + number(dice.between(3, 12)) + "股、" + dice.of(themes) +
-                            number(dice.between(2, 8)) + "股。"};
-        draft.stocks.clear();
+        draft.title = topic + "概念活跃，" + name + "涨停，报" + decimalText(leader.bar.limitUp) + "元";
+        draft.paragraphs = {"截至" + clock + "，" + named(*leader.stock) + "封住涨停，封单" + seal + "。"};
     }
     return draft;
 }
 
-Draft research(Dice &dice, EpochSeconds)
+Draft research(Dice &dice, const Scene &)
 {
     const Stock &stock = anyStock(dice);
     const std::string broker = dice.of(brokers);
-    const std::string theme = dice.of(themes);
+    const std::string theme = anyTheme(dice);
     Draft draft{"研报", broker + "(虚构)", {}, {}, {}};
     switch (dice.between(0, 2)) {
     case 0:
@@ -257,27 +375,29 @@ Draft research(Dice &dice, EpochSeconds)
                 number(dice.between(2, 6)) + "个季度内会更清晰。"};
         break;
     default:
-        draft.title = broker + "晨会纪要：看好" + theme + "、" + dice.of(themes) + "，短期注意节奏";
+        draft.title = broker + "晨会纪要：看好" + theme + "、" + anyTheme(dice) + "，短期注意节奏";
         draft.paragraphs = {"指数层面维持震荡上行判断，操作上控制仓位，逢低布局。"};
     }
     return draft;
 }
 
-Draft overseas(Dice &dice, EpochSeconds)
+Draft overseas(Dice &dice, const Scene &scene)
 {
     Draft draft{"海外", "云雀环球", {}, {}, {}};
+    const Json figures = figuresOf(scene);
     switch (dice.between(0, 4)) {
     case 0:
-        draft.title = "隔夜外盘：道指涨" + dice.decimal(5, 180) + "%，纳指跌" + dice.decimal(5, 190) + "%";
+        draft.title = "隔夜外盘：道指" + changeText(hundredths(figures, "dow_jones_change")) + "，纳指" +
+                      changeText(hundredths(figures, "nasdaq_change"));
         draft.paragraphs = {"大型科技股涨跌不一，费城半导体指数变动" + dice.decimal(10, 420) +
                             "%；热门中概股多数上涨。COMEX黄金期货报" + dice.decimal(230000, 420000) +
                             "美元/盎司。"};
         break;
     case 1:
-        draft.title =
-            "恒生指数高开" + dice.decimal(10, 160) + "%，恒生科技指数涨" + dice.decimal(10, 260) + "%";
-        draft.paragraphs = {"汽车、半导体与互联网板块领涨，南向资金净买入" + number(dice.between(5, 120)) +
-                            "亿港元。"};
+        draft.title = "恒生指数" + changeText(hundredths(figures, "hsi_change")) + "，恒生科技指数" +
+                      changeText(hundredths(figures, "hstech_change"));
+        draft.paragraphs = {"汽车、半导体与互联网板块成交活跃，南向资金净买入" +
+                            number(dice.between(5, 120)) + "亿港元。"};
         break;
     case 2:
         draft.title = "美联储官员：降息步伐取决于数据，不预设路径";
@@ -290,17 +410,16 @@ Draft overseas(Dice &dice, EpochSeconds)
         draft.paragraphs = {"分析认为，供应端扰动与库存变化主导短期走势。"};
         break;
     default:
-        draft.title =
-            "富时中国A50指数期货" + std::string(dice.once(2) ? "涨" : "跌") + dice.decimal(5, 160) + "%";
-        draft.paragraphs = {"夜盘成交" + number(dice.between(20, 90)) + "万手。"};
+        draft.title = "富时中国A50指数" + changeText(hundredths(figures, "a50_change"));
+        draft.paragraphs = {"期货成交" + number(dice.between(20, 90)) + "万手。"};
     }
     return draft;
 }
 
-Draft interactive(Dice &dice, EpochSeconds)
+Draft interactive(Dice &dice, const Scene &)
 {
     const Stock &stock = anyStock(dice);
-    const std::string theme = dice.of(themes);
+    const std::string theme = anyTheme(dice);
     Draft draft{InteractiveCategory, dice.once(2) ? "互动平台(模拟)" : "投资者问答(模拟)", {}, {}, {&stock}};
     const std::string name = stock.name;
     switch (dice.between(0, 3)) {
@@ -327,21 +446,22 @@ Draft interactive(Dice &dice, EpochSeconds)
     return draft;
 }
 
-Draft figures(Dice &dice, EpochSeconds time)
+Draft figures(Dice &dice, const Scene &scene)
 {
-    const std::string theme = dice.of(themes);
+    const std::string theme = anyTheme(dice);
     Draft draft{"数据", "云雀数据", {}, {}, {}};
     switch (dice.between(0, 4)) {
     case 0:
         draft.title =
             "北向资金" + std::string(dice.once(2) ? "净买入" : "净卖出") + dice.decimal(100, 15000) + "亿元";
-        draft.paragraphs = {"截至" + toClockText(time) + "，沪股通、深股通合计成交" +
+        draft.paragraphs = {"截至" + toClockText(scene.time) + "，沪股通、深股通合计成交" +
                             number(dice.between(600, 2600)) + "亿元。"};
         break;
     case 1:
         draft.title = "沪深两市成交额突破" + dice.decimal(80, 260) + "万亿元，较上一交易日" +
                       (dice.once(2) ? "放量" : "缩量");
-        draft.paragraphs = {"超" + number(dice.between(1200, 4600)) + "只个股上涨。"};
+        if (const std::int64_t rises = figuresOf(scene).value("rise_count", std::int64_t{0}); rises > 0)
+            draft.paragraphs = {"超" + number(rises / 100 * 100) + "只个股上涨。"};
         break;
     case 2:
         draft.title = "主力资金净流入" + theme + "板块" + dice.decimal(300, 9000) + "亿元";
@@ -360,22 +480,34 @@ Draft figures(Dice &dice, EpochSeconds time)
     return draft;
 }
 
-Draft flash(Dice &dice, EpochSeconds time)
+Draft flash(Dice &dice, const Scene &scene)
 {
-    const Stock &stock = anyStock(dice);
-    const std::string theme = dice.of(themes);
+    const std::string theme = anyTheme(dice);
     Draft draft{"快讯", dice.of(quickSources), {}, {}, {}};
     switch (dice.between(0, 3)) {
     case 0:
         draft.title =
             "午评：三大指数集体" + std::string(dice.once(2) ? "上涨" : "回落") + "，" + theme + "领涨";
-        draft.paragraphs = {"截至" + toClockText(time) + "，沪指报" + dice.decimal(290000, 420000) + "点。"};
+        draft.paragraphs = {"截至" + toClockText(scene.time) + "，沪指报" + dice.decimal(290000, 420000) +
+                            "点。"};
         break;
-    case 1:
-        draft.title = std::string(stock.name) + "盘中涨超" + number(dice.between(5, 9)) + "%，成交额超" +
-                      number(dice.between(5, 150)) + "亿元";
-        draft.stocks = {&stock};
+    case 1: {
+        const MarketMoment moment = momentAt(scene.time);
+        for (int tries = 0; tries < 12 && draft.title.empty(); ++tries) {
+            const Stock &stock = anyStock(dice);
+            const DayBar bar = scene.market.history(stock, moment.day)->back();
+            const Quote quote = scene.market.quote(stock, bar, moment.second);
+            const std::int64_t change = changeOf(quote.price, bar.previousClose);
+            if (change < 200 || quote.isLimitUp)
+                continue;
+            draft.title = std::string(stock.name) + (isTrading(scene) ? "盘中涨超" : "收盘涨超") +
+                          number(change / 100) + "%，报" + decimalText(quote.price) + "元";
+            draft.stocks = {&stock};
+        }
+        if (draft.title.empty())
+            draft.title = "市场观望情绪升温，" + theme + "板块成交平淡";
         break;
+    }
     case 2:
         draft.title = "首届" + theme + "产业大会将于下月在" + dice.of(regions) + "举行";
         draft.paragraphs = {"大会以“链接·共生”为主题，预计" + number(dice.between(200, 900)) +
@@ -415,15 +547,19 @@ void makeOdd(Json &item, Dice &dice)
 
 } // namespace
 
-FeedGenerator::FeedGenerator(std::uint64_t seed, bool oddities) : m_seed(seed), m_oddities(oddities) {}
+FeedGenerator::FeedGenerator(const Market &market, std::uint64_t seed, bool oddities)
+    : m_market(market), m_seed(seed), m_oddities(oddities)
+{}
 
-Json FeedGenerator::compose(std::int64_t number, EpochSeconds time) const
+Json FeedGenerator::compose(std::int64_t number, EpochSeconds time, std::optional<EpochSeconds> since) const
 {
     Dice dice(m_seed, static_cast<std::uint64_t>(number));
-    using Writer = Draft (*)(Dice &, EpochSeconds);
+    using Writer = Draft (*)(Dice &, const Scene &);
     constexpr Writer writers[] = {policy,   announcement, announcement, announcement, limitUp, limitUp,
                                   research, overseas,     interactive,  interactive,  figures, flash};
-    const Draft draft = dice.of(writers)(dice, time);
+    const Scene scene{time, m_market};
+    const std::vector<StockDay> reached = since ? reachedSince(scene, *since) : std::vector<StockDay>();
+    const Draft draft = reached.empty() ? dice.of(writers)(dice, scene) : reachedLimit(dice, scene, reached);
 
     std::string content;
     for (const std::string &paragraph : draft.paragraphs)

@@ -17,6 +17,10 @@ namespace {
 /// A clock that leaps ahead further than this many intervals leaves the rest out.
 constexpr int mostAtOnce = 500;
 
+/// How far an item looks back for stocks that have reached their limit, when nothing came before it: over a
+/// weekend.
+constexpr EpochSeconds longestLookBack = 3 * 86400;
+
 /// How old the newest item of a history is.
 constexpr EpochSeconds historyAge = 120;
 
@@ -43,8 +47,12 @@ void FeedPublisher::writeHistory(std::int64_t items)
         time -= m_generator.gapAfter(number);
     }
     m_database.write([&](SQLite::Database &) {
-        for (const EpochSeconds published : times)
-            publishOne(published);
+        // The first one looks back over a day, so that a history that begins after the close tells of it.
+        EpochSeconds former = times.front() - longestLookBack;
+        for (const EpochSeconds published : times) {
+            publishOne(published, former);
+            former = published;
+        }
     });
 }
 
@@ -81,7 +89,7 @@ int FeedPublisher::publishDue()
     const Clock::Milliseconds now = m_clock.nowMs();
     int count = 0;
     for (; m_dueMs <= now && count < mostAtOnce; ++count) {
-        publishOne(m_dueMs / 1000);
+        publishOne(m_dueMs / 1000, formerTime(m_dueMs / 1000));
         m_dueMs += m_intervalMs;
     }
     if (m_dueMs <= now || m_dueMs > now + m_intervalMs)
@@ -93,12 +101,17 @@ void FeedPublisher::publishNow(std::int64_t items)
 {
     const std::lock_guard lock(m_mutex);
     for (std::int64_t i = 0; i < items; ++i)
-        publishOne(m_clock.now());
+        publishOne(m_clock.now(), formerTime(m_clock.now()));
 }
 
-void FeedPublisher::publishOne(EpochSeconds time)
+EpochSeconds FeedPublisher::formerTime(EpochSeconds time)
 {
-    m_news.publish(m_generator.compose(m_news.lastNumber() + 1, time), time);
+    return m_news.newestTimeUpTo(time).value_or(time);
+}
+
+void FeedPublisher::publishOne(EpochSeconds time, EpochSeconds former)
+{
+    m_news.publish(m_generator.compose(m_news.lastNumber() + 1, time, former), time);
     m_statistics.notePublished(1);
 }
 

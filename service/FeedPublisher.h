@@ -45,7 +45,9 @@ public:
 
 private:
     void run();
-    void publishOne(EpochSeconds time);
+    /// When the item before one of that time was published; that time itself when there is none.
+    EpochSeconds formerTime(EpochSeconds time);
+    void publishOne(EpochSeconds time, EpochSeconds former);
 
     Database &m_database;
     NewsStore &m_news;

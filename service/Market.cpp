@@ -360,6 +360,30 @@ std::shared_ptr<const History> Market::history(const Stock &stock, Day lastDay) 
     return history;
 }
 
+std::shared_ptr<const MarketDay> Market::outstanding(Day day) const
+{
+    const std::int64_t number = tradingNumber(day);
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_outstanding.find(number);
+        if (found != m_outstanding.end())
+            return found->second;
+    }
+    auto marketDay = std::make_shared<MarketDay>();
+    for (const Stock &stock : stockCatalogue()) {
+        const DayBar bar = history(stock, day)->back();
+        if (bar.kind == DayKind::LimitUp || bar.kind == DayKind::BrokenLimitUp)
+            marketDay->limitUps.push_back({&stock, bar});
+        if (bar.kind == DayKind::Suspended)
+            marketDay->suspended.push_back(&stock);
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_outstanding.size() >= mostKnownDays)
+        m_outstanding.clear();
+    m_outstanding[number] = marketDay;
+    return marketDay;
+}
+
 Quote Market::quote(const Stock &stock, const DayBar &bar, DaySeconds second) const
 {
     const auto number = static_cast<std::uint64_t>(tradingNumber(bar.day));

@@ -73,6 +73,22 @@ struct Quote
     std::int64_t askVolume = 0;
 };
 
+/// A stock and its day.
+struct StockDay
+{
+    const Stock *stock = nullptr;
+    DayBar bar;
+};
+
+/// What stands out on a trading day.
+struct MarketDay
+{
+    /// The stocks that reach their limit-up price, in the order of the catalogue.
+    std::vector<StockDay> limitUps;
+    /// The stocks that are not traded.
+    std::vector<const Stock *> suspended;
+};
+
 /// Days of a stock, the last one at the end.
 using History = std::vector<DayBar>;
 
@@ -93,6 +109,9 @@ public:
 
     /// The days of a stock up to the last trading day on or before `lastDay`.
     std::shared_ptr<const History> history(const Stock &stock, Day lastDay) const;
+
+    /// What stands out on the last trading day on or before `day`.
+    std::shared_ptr<const MarketDay> outstanding(Day day) const;
 
     /// Where a stock stands at a second of the day of `bar`.
     Quote quote(const Stock &stock, const DayBar &bar, DaySeconds second) const;
@@ -125,6 +144,7 @@ private:
     mutable std::mutex m_mutex;
     /// By number of the last day and then by stock; only few days are kept.
     mutable std::map<std::int64_t, std::map<const Stock *, std::shared_ptr<const History>>> m_known;
+    mutable std::map<std::int64_t, std::shared_ptr<const MarketDay>> m_outstanding;
     /// Moods of the days from a first one on.
     mutable std::map<std::int64_t, std::shared_ptr<const Moods>> m_moods;
 };

@@ -187,4 +187,15 @@ std::int64_t NewsStore::lastNumber()
     });
 }
 
+std::optional<EpochSeconds> NewsStore::newestTimeUpTo(EpochSeconds time)
+{
+    return m_database.read([&](SQLite::Database &database) -> std::optional<EpochSeconds> {
+        SQLite::Statement query(database, "SELECT max(published_at) FROM news WHERE published_at <= ?");
+        SQLite::bind(query, time);
+        if (!query.executeStep() || query.getColumn(0).isNull())
+            return std::nullopt;
+        return query.getColumn(0).getInt64();
+    });
+}
+
 } // namespace service

@@ -5,6 +5,7 @@
 #include "service/NewsQuery.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,9 @@ public:
 
     /// Number of the item that was published last, 0 before the first.
     std::int64_t lastNumber();
+
+    /// Time of the newest item that bears `time` or an earlier one; nothing when there is none.
+    std::optional<EpochSeconds> newestTimeUpTo(EpochSeconds time);
 
 private:
     Database &m_database;

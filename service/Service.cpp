@@ -47,7 +47,7 @@ Service::Service(const Options &options)
     : m_database(options.databaseFile)
     , m_stores(m_database, m_clock, options.seed)
     , m_market(options.seed.value_or(usualSeed))
-    , m_generator(options.seed.value_or(usualSeed), options.oddities)
+    , m_generator(m_market, options.seed.value_or(usualSeed), options.oddities)
     , m_feed(m_database, m_stores.news, m_clock, m_statistics, m_generator)
     , m_identification(m_stores.accounts, m_stores.devices, m_stores.sessions, m_clock,
                        static_cast<std::size_t>(options.requestsPerMinute))

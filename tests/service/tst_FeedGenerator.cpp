@@ -1,4 +1,7 @@
+#include "service/Concepts.h"
 #include "service/FeedGenerator.h"
+#include "service/Market.h"
+#include "service/MarketFigures.h"
 #include "service/StockCatalogue.h"
 #include "support/IsolatedHome.h"
 
@@ -13,6 +16,12 @@ using namespace service;
 namespace {
 
 constexpr EpochSeconds morning = 1723084200;
+
+const Market &market()
+{
+    static const Market simulated(7);
+    return simulated;
+}
 
 QString textOf(const Json &item, const char *key)
 {
@@ -35,14 +44,18 @@ private slots:
     void bothDateFormsOccurAndBothAreReadable();
     void stockCodesAreRealOnesAndStandInTheText();
     void oddItemsAreRareAndCanBeLeftOut();
+    void newsOfLimitsIsTrue();
+    void noLimitUpStaysUntold();
+    void aLongSilenceIsMadeUpForAtOnce();
+    void figuresAreThoseOfTheMarket();
     void gapsOfAHistoryAreRepeatable();
     void theCatalogueHoldsEveryMarketOnce();
 };
 
 void FeedGeneratorTest::theSameSeedNumberAndTimeGiveTheSameItem()
 {
-    const FeedGenerator one(7, true);
-    const FeedGenerator two(7, true);
+    const FeedGenerator one(market(), 7, true);
+    const FeedGenerator two(market(), 7, true);
     for (int number = 1; number <= 300; ++number)
         QCOMPARE(toWire(one.compose(number, morning + number)),
                  toWire(two.compose(number, morning + number)));
@@ -52,8 +65,8 @@ void FeedGeneratorTest::anotherSeedGivesOtherNews()
 {
     int equal = 0;
     for (int number = 1; number <= 200; ++number)
-        equal += textOf(FeedGenerator(1, false).compose(number, morning), "title") ==
-                         textOf(FeedGenerator(2, false).compose(number, morning), "title")
+        equal += textOf(FeedGenerator(market(), 1, false).compose(number, morning), "title") ==
+                         textOf(FeedGenerator(market(), 2, false).compose(number, morning), "title")
                      ? 1
                      : 0;
     QVERIFY2(equal < 10, qPrintable(QString::number(equal)));
@@ -61,7 +74,7 @@ void FeedGeneratorTest::anotherSeedGivesOtherNews()
 
 void FeedGeneratorTest::everyItemSaysThatItIsSimulated()
 {
-    const FeedGenerator generator(7, true);
+    const FeedGenerator generator(market(), 7, true);
     for (int number = 1; number <= 1000; ++number) {
         const Json item = generator.compose(number, morning);
         QCOMPARE(item["simulated"].get<bool>(), true);
@@ -71,7 +84,7 @@ void FeedGeneratorTest::everyItemSaysThatItIsSimulated()
 
 void FeedGeneratorTest::theNewsIsOfManyKindsAndLengths()
 {
-    const FeedGenerator generator(7, false);
+    const FeedGenerator generator(market(), 7, false);
     QMap<QString, int> categories;
     QSet<QString> titles;
     int shortest = 1000;
@@ -100,7 +113,7 @@ void FeedGeneratorTest::theNewsIsOfManyKindsAndLengths()
 
 void FeedGeneratorTest::bothDateFormsOccurAndBothAreReadable()
 {
-    const FeedGenerator generator(7, false);
+    const FeedGenerator generator(market(), 7, false);
     int iso = 0;
     for (int number = 1; number <= 100; ++number) {
         const QString time = textOf(generator.compose(number, morning), "publish_time");
@@ -115,7 +128,7 @@ void FeedGeneratorTest::stockCodesAreRealOnesAndStandInTheText()
     QMap<QString, QString> names;
     for (const Stock &stock : stockCatalogue())
         names.insert(QString::fromUtf8(stock.code), QString::fromUtf8(stock.name));
-    const FeedGenerator generator(7, false);
+    const FeedGenerator generator(market(), 7, false);
     int codes = 0;
     for (int number = 1; number <= 500; ++number) {
         const Json item = generator.compose(number, morning);
@@ -139,20 +152,109 @@ void FeedGeneratorTest::oddItemsAreRareAndCanBeLeftOut()
     int odd = 0;
     int oddWithout = 0;
     for (int number = 1; number <= 2000; ++number) {
-        odd += isOdd(FeedGenerator(7, true).compose(number, morning)) ? 1 : 0;
-        oddWithout += isOdd(FeedGenerator(7, false).compose(number, morning)) ? 1 : 0;
+        odd += isOdd(FeedGenerator(market(), 7, true).compose(number, morning)) ? 1 : 0;
+        oddWithout += isOdd(FeedGenerator(market(), 7, false).compose(number, morning)) ? 1 : 0;
     }
     QVERIFY2(odd >= 20 && odd <= 80, qPrintable(QString::number(odd)));
     QCOMPARE(oddWithout, 0);
 }
 
+void FeedGeneratorTest::newsOfLimitsIsTrue()
+{
+    const FeedGenerator generator(market(), 7, false);
+    int told = 0;
+    for (const char *text : {"2024-08-08 09:26:00", "2024-08-08 10:30:00", "2024-08-08 14:00:00",
+                             "2024-08-08 20:00:00", "2024-08-10 11:00:00"}) {
+        const EpochSeconds time = fromWire(text).value_or(0);
+        const MarketMoment moment = momentAt(time);
+        for (int number = 1; number <= 200; ++number) {
+            const Json item = generator.compose(number, time);
+            if (textOf(item, "category") != QStringLiteral("涨停"))
+                continue;
+            for (const Json &code : item["stock_codes"]) {
+                const Stock &stock = *findStock(code.get<std::string>());
+                const DayBar bar = market().history(stock, moment.day)->back();
+                QVERIFY2(market().quote(stock, bar, moment.second).isLimitUp,
+                         qPrintable(textOf(item, "title")));
+                ++told;
+            }
+        }
+    }
+    QVERIFY(told > 100);
+}
+
+void FeedGeneratorTest::noLimitUpStaysUntold()
+{
+    const FeedGenerator generator(market(), 7, true);
+    const Day day = dayFrom("2024-08-08").value_or(0);
+    const auto limitUps = market().outstanding(day)->limitUps;
+    QVERIFY(limitUps.size() >= 5);
+    QSet<QString> told;
+    EpochSeconds former = fromWire("2024-08-08 09:20:00").value_or(0);
+    const EpochSeconds close = fromWire("2024-08-08 15:00:00").value_or(0);
+    for (int number = 1; former < close; ++number) {
+        const EpochSeconds time = former + 20;
+        const Json item = generator.compose(number, time, former);
+        for (const StockDay &limitUp : limitUps) {
+            const EpochSeconds reached =
+                startOfDay(time) + (limitUp.bar.openedAtLimit ? TradingHours::openingPrices
+                                                              : clockSecond(limitUp.bar.firstTouch));
+            const QString code = QString::fromUtf8(limitUp.stock->code);
+            if (reached <= former || reached > time)
+                continue;
+            // Told in the first item after it happened, with its name and the concept that moves it.
+            const QString text = textOf(item, "title") + textOf(item, "content");
+            QVERIFY(toWire(item["stock_codes"]).find(limitUp.stock->code) != std::string::npos);
+            QVERIFY2(text.contains(QString::fromUtf8(limitUp.stock->name)), qPrintable(text));
+            if (limitUp.bar.reason)
+                QVERIFY2(text.contains(QString::fromUtf8(limitUp.bar.reason->name)), qPrintable(text));
+            told.insert(code);
+        }
+        former = time;
+    }
+    QCOMPARE(told.size(), static_cast<int>(limitUps.size()));
+}
+
+void FeedGeneratorTest::aLongSilenceIsMadeUpForAtOnce()
+{
+    const FeedGenerator generator(market(), 7, false);
+    const auto limitUps = market().outstanding(dayFrom("2024-08-09").value_or(0))->limitUps;
+    const Json item = generator.compose(1, fromWire("2024-08-10 12:00:00").value_or(0),
+                                        fromWire("2024-08-08 23:00:00").value_or(0));
+    QCOMPARE(item["stock_codes"].size(), limitUps.size());
+    QVERIFY(textOf(item, "title").contains(QString::number(limitUps.size()) + QStringLiteral("股触及涨停")));
+}
+
+void FeedGeneratorTest::figuresAreThoseOfTheMarket()
+{
+    const FeedGenerator generator(market(), 7, false);
+    const EpochSeconds time = fromWire("2024-08-08 14:00:00").value_or(0);
+    const Json figures = MarketFigures(market()).statistics(time, std::nullopt)->at("market_stats");
+    const QString limitUps = QString::number(figures["limit_up_count"].get<int>()) + QStringLiteral("股涨停");
+    const QString dowJones = QString::number(std::abs(figures["dow_jones_change"].get<double>()), 'f', 2);
+    int reviews = 0;
+    int nights = 0;
+    for (int number = 1; number <= 1000; ++number) {
+        const QString title = textOf(generator.compose(number, time), "title");
+        if (title.startsWith(QStringLiteral("涨停复盘"))) {
+            QVERIFY2(title.contains(limitUps), qPrintable(title));
+            ++reviews;
+        }
+        if (title.startsWith(QStringLiteral("隔夜外盘"))) {
+            QVERIFY2(title.contains(dowJones), qPrintable(title));
+            ++nights;
+        }
+    }
+    QVERIFY(reviews > 5 && nights > 5);
+}
+
 void FeedGeneratorTest::gapsOfAHistoryAreRepeatable()
 {
-    const FeedGenerator generator(7, true);
+    const FeedGenerator generator(market(), 7, true);
     QSet<EpochSeconds> gaps;
     for (int number = 1; number <= 200; ++number) {
         const EpochSeconds gap = generator.gapAfter(number);
-        QCOMPARE(FeedGenerator(7, false).gapAfter(number), gap);
+        QCOMPARE(FeedGenerator(market(), 7, false).gapAfter(number), gap);
         QVERIFY(gap >= 15 && gap <= 150);
         gaps.insert(gap);
     }

@@ -23,6 +23,8 @@ private slots:
     void aClockCanRunFromAGivenTime();
     void theClockIsSetAndShown();
     void oddItemsComeOnlyWhenAskedFor();
+    void aStockAtItsLimitHasAReasonAConceptAndNews_data();
+    void aStockAtItsLimitHasAReasonAConceptAndNews();
 };
 
 void ServiceFeedTest::aSeedAndAClockMakeARunRepeatable()
@@ -206,6 +208,60 @@ void ServiceFeedTest::oddItemsComeOnlyWhenAskedFor()
     };
     QVERIFY(oddTimes(true) > 0);
     QCOMPARE(oddTimes(false), 0);
+}
+
+void ServiceFeedTest::aStockAtItsLimitHasAReasonAConceptAndNews_data()
+{
+    QTest::addColumn<QString>("clock");
+    QTest::newRow("in the session") << QStringLiteral("2024-08-09 14:30:00");
+    QTest::newRow("in the evening") << QStringLiteral("2024-08-08 23:00:00");
+    QTest::newRow("at the weekend") << QStringLiteral("2024-08-10 20:00:00");
+}
+
+void ServiceFeedTest::aStockAtItsLimitHasAReasonAConceptAndNews()
+{
+    QFETCH(QString, clock);
+    ServiceProcess::Settings settings;
+    settings.clock = clock;
+    settings.history = 600;
+    settings.feedIntervalSeconds = 20;
+    ServiceProcess service(settings);
+    QVERIFY2(service.start(), qPrintable(service.errorText()));
+    service.advanceClock(180);
+    const auto ask = [&](const QByteArray &target) {
+        return service.request("GET", target, {}, byDemoKey()).object.value(QLatin1String("data"));
+    };
+    int atLimit = 0;
+    const QJsonArray list =
+        ask("/stockhelper/market/statistics").toObject().value(QLatin1String("top_boards")).toArray();
+    for (const QJsonValue &value : list) {
+        if (numberAt(value.toObject(), "ask_volume") != 0)
+            continue;
+        ++atLimit;
+        const QByteArray code = textAt(value.toObject(), "stock_code").toUtf8();
+        const QString name = textAt(value.toObject(), "stock_name");
+        const QJsonArray themes = ask("/stockhelper/theme_stocks?code=" + code).toArray();
+        const QJsonArray analyses = ask("/newsapi/dynamic_analysis?stock_code=" + code).toArray();
+        const QJsonArray items = news(service, "limit=100&keyword=" + name.toUtf8().toPercentEncoding());
+        QVERIFY2(!themes.isEmpty(), qPrintable(name));
+        QVERIFY2(!analyses.isEmpty(), qPrintable(name));
+        QVERIFY2(!items.isEmpty(), qPrintable(name));
+        // The story is one: a concept of the stock stands in its news and in its analysis.
+        const auto tells = [&](const QString &text) {
+            return std::any_of(themes.begin(), themes.end(), [&](const QJsonValue &theme) {
+                return text.contains(textAt(theme.toObject(), "sector_name"));
+            });
+        };
+        QVERIFY2(tells(textAt(analyses.first().toObject(), "title")), qPrintable(name));
+        QVERIFY2(std::any_of(items.begin(), items.end(),
+                             [&](const QJsonValue &item) {
+                                 return textAt(item.toObject(), "category") == QStringLiteral("涨停") &&
+                                        tells(textAt(item.toObject(), "title") +
+                                              textAt(item.toObject(), "content"));
+                             }),
+                 qPrintable(name));
+    }
+    QVERIFY2(atLimit >= 2, qPrintable(QString::number(atLimit)));
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(ServiceFeedTest)
