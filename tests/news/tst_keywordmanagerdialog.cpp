@@ -411,7 +411,8 @@ void TestKeywordManagerDialog::firstLoadWithoutAReplyEndsAfterFifteenSeconds()
     open(server.url());
     QVERIFY(buttonsEnabled(false));
     QTRY_VERIFY_WITH_TIMEOUT(answer.shown(), 20000);
-    QVERIFY2(sinceShown.elapsed() >= 14900, qPrintable(QString::number(sinceShown.elapsed())));
+    // Qt may let an ordinary timer ring a twentieth early.
+    QVERIFY2(sinceShown.elapsed() >= 14250, qPrintable(QString::number(sinceShown.elapsed())));
     QCOMPARE(answer.title(), QStringLiteral("超时"));
     QCOMPARE(answer.text(), QStringLiteral("请求超时，请检查网络连接或稍后重试。"));
     QCOMPARE(answer.icon(), QMessageBox::Warning);
