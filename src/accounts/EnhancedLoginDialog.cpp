@@ -4,11 +4,11 @@
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
 #include "accounts/CustomerServiceDialog.h"
-#include "accounts/InputField.h"
 #include "accounts/PasswordEcho.h"
 #include "accounts/RegisterDialog.h"
 #include "accounts/ResetPasswordDialog.h"
 #include "settings/ConfigManager.h"
+#include "settings/InputField.h"
 #include "settings/ThemeManager.h"
 
 #include <QFormLayout>

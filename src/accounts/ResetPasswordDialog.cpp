@@ -3,8 +3,8 @@
 #include "accounts/AccountDialogSkin.h"
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
-#include "accounts/InputField.h"
 #include "accounts/PasswordEcho.h"
+#include "settings/InputField.h"
 #include "settings/ThemeManager.h"
 
 #include <QHBoxLayout>

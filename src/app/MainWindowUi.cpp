@@ -1,6 +1,7 @@
 #include "app/MainWindowUi.h"
 
 #include "news/CustomTableWidget.h"
+#include "settings/InputField.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -306,7 +307,7 @@ void MainWindowUi::buildControlRow()
     verticalLayout->addWidget(searchGroupBox);
     searchLayout = make<QHBoxLayout>(QStringLiteral("searchLayout"), searchGroupBox);
 
-    searchLineEdit = make<QLineEdit>(QStringLiteral("searchLineEdit"));
+    searchLineEdit = make<InputField>(QStringLiteral("searchLineEdit"));
     searchLineEdit->setPlaceholderText(QStringLiteral("输入关键词搜索..."));
     searchButton = make<QPushButton>(QStringLiteral("searchButton"), QStringLiteral("搜索"));
     searchButton->setMaximumWidth(60);

@@ -2,6 +2,7 @@
 
 #include "news/EmptyListHint.h"
 #include "news/KeywordRules.h"
+#include "settings/InputField.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -80,7 +81,7 @@ KeywordManagerDialog::KeywordManagerDialog(ApiClient *apiClient, QWidget *parent
     , m_apiClient(apiClient)
     , m_keywordTable(new QTableWidget(0, 3, this))
     , m_emptyHint(new EmptyListHint(m_keywordTable, emptyText))
-    , m_keywordEdit(new QLineEdit(this))
+    , m_keywordEdit(new InputField(this))
     , m_addButton(new QPushButton(QStringLiteral("添加"), this))
     , m_removeButton(new QPushButton(QStringLiteral("删除"), this))
     , m_editButton(new QPushButton(QStringLiteral("编辑"), this))
