@@ -118,7 +118,7 @@ void fetch(benchmark::State &state, quint32 pid, std::uint64_t address, std::siz
 {
     char buffer[8];
     const iovec local = {buffer, size};
-    const iovec remote = {reinterpret_cast<void *>(address), size};
+    const iovec remote = {reinterpret_cast<void *>(address), size}; // NOLINT(performance-no-int-to-ptr)
     if (::process_vm_readv(pid_t(pid), &local, 1, &remote, 1, 0) != ssize_t(size))
         state.SkipWithError("the bare call failed");
     benchmark::DoNotOptimize(buffer);
