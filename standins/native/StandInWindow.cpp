@@ -129,6 +129,7 @@ void StandInWindow::obey(const ControlLine &line)
     case ControlLine::Order::Hang:
         QThread::msleep(std::uint32_t(line.milliseconds));
         break;
+    case ControlLine::Order::Crash: // nobody can send to a native program
     case ControlLine::Order::State:
         break;
     case ControlLine::Order::Quit:

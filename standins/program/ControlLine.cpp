@@ -14,8 +14,8 @@ constexpr Word words[] = {
     {"open", ControlLine::Order::Open},         {"close", ControlLine::Order::Close},
     {"type", ControlLine::Order::Type},         {"next", ControlLine::Order::Next},
     {"previous", ControlLine::Order::Previous}, {"timer", ControlLine::Order::Timer},
-    {"hang", ControlLine::Order::Hang},         {"state", ControlLine::Order::State},
-    {"quit", ControlLine::Order::Quit},
+    {"hang", ControlLine::Order::Hang},         {"crash", ControlLine::Order::Crash},
+    {"state", ControlLine::Order::State},       {"quit", ControlLine::Order::Quit},
 };
 
 } // namespace

@@ -10,6 +10,7 @@
 ///     type DIGITS    as typed on the keyboard                     next, previous as the arrow keys
 ///     timer MS       opens the next stock every MS milliseconds; 0 ends that
 ///     hang MS        does nothing at all for MS milliseconds
+///     crash          ends by force at the next message that a program sends, in the midst of it
 ///     state          asks for the state                           quit           ends the program
 ///
 /// Every order but quit is answered by a line "code CODE", "code" alone while no stock is open; an order that
@@ -27,6 +28,7 @@ struct ControlLine
         Previous,
         Timer,
         Hang,
+        Crash,
         State,
         Quit
     };

@@ -207,6 +207,8 @@ void StandInWindow::receiveBlock(LPARAM address)
 void StandInWindow::receive(const std::string &code)
 {
     report("received " + code);
+    if (m_crashesWhenSentTo)
+        TerminateProcess(GetCurrentProcess(), 1);
     m_program.open(code);
     showProgram();
     reportCode();
@@ -236,6 +238,9 @@ void StandInWindow::obey(const ControlLine &line)
         break;
     case ControlLine::Order::Hang:
         Sleep(DWORD(line.milliseconds));
+        break;
+    case ControlLine::Order::Crash:
+        m_crashesWhenSentTo = true;
         break;
     case ControlLine::Order::State:
         break;

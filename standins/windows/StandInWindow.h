@@ -42,4 +42,5 @@ private:
     TargetMemory &m_memory;
     HWND m_window = nullptr;
     UINT m_stockMessage = 0;
+    bool m_crashesWhenSentTo = false;
 };

@@ -68,6 +68,11 @@ bool StandIn::waitFor(const std::function<bool(const QByteArray &)> &isMeant, in
     return true;
 }
 
+bool StandIn::waitForEnd(int timeoutMs)
+{
+    return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(timeoutMs);
+}
+
 void StandIn::kill()
 {
     if (m_process.state() == QProcess::NotRunning)

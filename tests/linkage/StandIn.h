@@ -31,6 +31,8 @@ public:
     /// Waits until a line stands among those that the program has written since the last order.
     bool waitForLine(const QByteArray &line, int timeoutMs = 10000);
 
+    /// Waits until the program has ended by itself.
+    bool waitForEnd(int timeoutMs = 10000);
     /// Ends the program without giving it a chance; it is collected too.
     void kill();
 

@@ -21,10 +21,6 @@ bool pressKeys(quint32 pid, const QStringList &keys);
 void suspend(quint32 pid);
 void resume(quint32 pid);
 
-/// Ends a process by force after a moment in which another thread has begun something; may be called on any
-/// thread.
-void endSoon(quint32 pid);
-
 /// Descriptors or handles that this process has open.
 int openHandleCount();
 

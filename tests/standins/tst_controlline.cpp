@@ -27,6 +27,7 @@ private slots:
         QTest::newRow("previous") << QByteArray("previous\n") << Order::Previous << QStringLiteral("") << 0;
         QTest::newRow("timer") << QByteArray("timer 250") << Order::Timer << QStringLiteral("250") << 250;
         QTest::newRow("hang") << QByteArray("hang 3000\r\n") << Order::Hang << QStringLiteral("3000") << 3000;
+        QTest::newRow("crash") << QByteArray("crash") << Order::Crash << QStringLiteral("") << 0;
         QTest::newRow("state") << QByteArray("state") << Order::State << QStringLiteral("") << 0;
         QTest::newRow("quit") << QByteArray("quit") << Order::Quit << QStringLiteral("") << 0;
         QTest::newRow("no order") << QByteArray("opens 600519") << Order::Unknown

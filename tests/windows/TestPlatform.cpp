@@ -88,14 +88,6 @@ void TestPlatform::resume(quint32 pid)
     callForProcess("NtResumeProcess", pid);
 }
 
-void TestPlatform::endSoon(quint32 pid)
-{
-    Sleep(500);
-    const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, pid);
-    TerminateProcess(process, 1);
-    CloseHandle(process);
-}
-
 int TestPlatform::openHandleCount()
 {
     DWORD count = 0;

@@ -8,8 +8,6 @@
 
 #include <csignal>
 
-#include <unistd.h>
-
 std::unique_ptr<PlatformOperations> TestPlatform::readingOperations()
 {
     return PlatformOperations::forReading();
@@ -40,12 +38,6 @@ void TestPlatform::suspend(quint32 pid)
 void TestPlatform::resume(quint32 pid)
 {
     ::kill(pid_t(pid), SIGCONT);
-}
-
-void TestPlatform::endSoon(quint32 pid)
-{
-    ::usleep(500000);
-    ::kill(pid_t(pid), SIGKILL);
 }
 
 int TestPlatform::openHandleCount()
