@@ -12,7 +12,7 @@ constexpr std::pair<FaultKind, const char *> words[] = {
     {FaultKind::Delay, "delay"},   {FaultKind::Drop, "drop"},         {FaultKind::Reset, "reset"},
     {FaultKind::Close, "close"},   {FaultKind::Truncate, "truncate"}, {FaultKind::Drip, "drip"},
     {FaultKind::Status, "status"}, {FaultKind::NotJson, "not_json"},  {FaultKind::WrongTypes, "wrong_types"},
-    {FaultKind::Huge, "huge"},
+    {FaultKind::Change, "change"}, {FaultKind::Huge, "huge"},
 };
 
 constexpr std::int64_t largestBody = 256 * 1024 * 1024;
@@ -48,7 +48,44 @@ std::string bodyFrom(const JsonIn &object, int status)
     return toWire(body);
 }
 
+void readChanges(Fault &fault, const JsonIn &object)
+{
+    const auto set = object.find("set");
+    const auto remove = object.find("remove");
+    if (set == object.end() && remove == object.end())
+        throw ServiceError(400, "a change needs set or remove");
+    if (set != object.end()) {
+        if (!set->is_object())
+            throw ServiceError(400, "set must be an object of JSON pointers");
+        for (const auto &entry : set->items())
+            fault.set.emplace_back(entry.key(), entry.value());
+    }
+    if (remove != object.end()) {
+        if (!remove->is_array())
+            throw ServiceError(400, "remove must be a list of JSON pointers");
+        for (const JsonIn &place : *remove) {
+            if (!place.is_string())
+                throw ServiceError(400, "remove must be a list of JSON pointers");
+            fault.remove.push_back(place.get<std::string>());
+        }
+    }
+    // Tried out, so that a faulty pointer is refused here and not at the first answer.
+    static_cast<void>(changedBody(fault, "{}"));
+}
+
 } // namespace
+
+std::string changedBody(const Fault &fault, const std::string &body)
+{
+    Json value = Json::parse(body, nullptr, false);
+    if (value.is_discarded())
+        return body;
+    for (const auto &[place, newValue] : fault.set)
+        value = withChange(std::move(value), place, newValue);
+    for (const std::string &place : fault.remove)
+        value = withChange(std::move(value), place, std::nullopt);
+    return toWire(value);
+}
 
 const char *wordFor(FaultKind kind)
 {
@@ -77,6 +114,8 @@ Fault faultFrom(const JsonIn &object)
         throw ServiceError(400, "a delay needs delay_ms");
     if (fault.kind == FaultKind::Drip && fault.bytes.value_or(1) < 1)
         throw ServiceError(400, "out of range: bytes");
+    if (fault.kind == FaultKind::Change)
+        readChanges(fault, object);
     if (fault.kind == FaultKind::Status)
         fault.body = bodyFrom(object, fault.status);
     if (fault.kind == FaultKind::NotJson)
@@ -100,6 +139,10 @@ Json toJson(const Fault &fault)
         object["bytes"] = *fault.bytes;
     if (fault.kind == FaultKind::Drip)
         object["interval_ms"] = fault.intervalMs;
+    for (const auto &[place, newValue] : fault.set)
+        object["set"][place] = Json(newValue);
+    for (const std::string &place : fault.remove)
+        object["remove"].push_back(place);
     return object;
 }
 

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace service {
@@ -32,6 +33,8 @@ enum class FaultKind
     NotJson,
     /// The real answer with other types in all places.
     WrongTypes,
+    /// The real answer with the values of `set` put in and those of `remove` taken out.
+    Change,
     /// A valid JSON body of `bytes` bytes (50 MiB by default).
     Huge,
 };
@@ -53,11 +56,17 @@ struct Fault
     std::string contentType = "application/json; charset=utf-8";
     std::optional<std::int64_t> bytes;
     std::int64_t intervalMs = 100;
+    /// Places in the body, as JSON pointers, with their new values, and places that go.
+    std::vector<std::pair<std::string, JsonIn>> set;
+    std::vector<std::string> remove;
 };
 
 /// Reads a rule from the object that the administration path takes. Throws ServiceError 400 for what is
 /// missing or out of range.
 Fault faultFrom(const JsonIn &object);
+
+/// The body of an answer that a rule of the kind `Change` hits; a body that is no JSON stays as it is.
+std::string changedBody(const Fault &fault, const std::string &body);
 
 /// The rule as the administration path shows it.
 Json toJson(const Fault &fault);

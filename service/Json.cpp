@@ -2,6 +2,8 @@
 
 #include "service/ServiceError.h"
 
+#include <cstdlib>
+
 namespace service {
 
 std::string toWire(const Json &value)
@@ -120,6 +122,41 @@ Json withWrongTypes(const Json &value)
     default:
         return value.dump();
     }
+}
+
+Json withChange(Json value, const std::string &pointer, const std::optional<JsonIn> &newValue)
+{
+    Json::json_pointer place;
+    try {
+        place = Json::json_pointer(pointer);
+    } catch (const Json::parse_error &) {
+        throw ServiceError(400, "no JSON pointer: " + pointer);
+    }
+    if (place.empty())
+        return newValue ? Json(*newValue) : Json();
+    const std::string key = place.back();
+    place.pop_back();
+    if (!value.contains(place))
+        return value;
+    Json &parent = value[place];
+    if (parent.is_object()) {
+        if (newValue)
+            parent[key] = Json(*newValue);
+        else
+            parent.erase(key);
+    } else if (parent.is_array() && key == "-") {
+        if (newValue)
+            parent.push_back(Json(*newValue));
+    } else if (parent.is_array()) {
+        const auto index = static_cast<std::size_t>(std::strtoull(key.c_str(), nullptr, 10));
+        if (key.find_first_not_of("0123456789") != std::string::npos || index >= parent.size())
+            return value;
+        if (newValue)
+            parent[index] = Json(*newValue);
+        else
+            parent.erase(index);
+    }
+    return value;
 }
 
 } // namespace service

@@ -45,4 +45,9 @@ Json dataReply(Json data);
 /// empty list, and every list gets a stray text in front. Names and nesting stay.
 Json withWrongTypes(const Json &value);
 
+/// The same JSON with the value at a place put in, or taken out when there is no `newValue`. The place is a
+/// JSON pointer such as "/data/stocks/0/name"; "-" stands for the end of a list. What would lie in no object
+/// or list that is there changes nothing. Throws ServiceError 400 when `pointer` is none.
+Json withChange(Json value, const std::string &pointer, const std::optional<JsonIn> &newValue);
+
 } // namespace service

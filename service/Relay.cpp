@@ -82,7 +82,7 @@ bool isServedMethod(const std::string &method)
 bool needsRealAnswer(FaultKind kind)
 {
     return kind == FaultKind::Delay || kind == FaultKind::Truncate || kind == FaultKind::Drip ||
-           kind == FaultKind::WrongTypes;
+           kind == FaultKind::WrongTypes || kind == FaultKind::Change;
 }
 
 } // namespace
@@ -497,6 +497,8 @@ void Relay::answer(Connection &connection, Answer answer)
         if (!body.is_discarded())
             answer.body = toWire(withWrongTypes(body));
     }
+    if (kind && *kind == FaultKind::Change)
+        answer.body = changedBody(*connection.fault, answer.body);
     const std::size_t announced = answer.body.size();
     if (kind && *kind == FaultKind::Truncate) {
         const auto kept = static_cast<std::size_t>(

@@ -31,6 +31,7 @@ private slots:
     void everyKindHasItsWord_data();
     void everyKindHasItsWord();
     void aTooManyRequestsSaysHowLongToWait();
+    void aChangeChangesItsPlacesAlone();
     void badRulesAreRefused_data();
     void badRulesAreRefused();
 };
@@ -111,6 +112,18 @@ void FaultPlanTest::aTooManyRequestsSaysHowLongToWait()
     QCOMPARE(faultOf(R"({"path":"/","kind":"status","body":"plain"})").body, std::string("plain"));
 }
 
+void FaultPlanTest::aChangeChangesItsPlacesAlone()
+{
+    const Fault fault = faultOf(
+        R"({"path":"/","kind":"change","set":{"/data/a":7,"/data/list/0/b":null},"remove":["/data/c","/gone"]})");
+    QCOMPARE(QString::fromLatin1(wordFor(fault.kind)), QStringLiteral("change"));
+    QCOMPARE(changedBody(fault, R"({"success":true,"data":{"a":"x","c":1,"list":[{"b":2}]}})"),
+             std::string(R"({"success":true,"data":{"a":7,"list":[{"b":null}]}})"));
+    QCOMPARE(changedBody(fault, "<html>"), std::string("<html>"));
+    QCOMPARE(toWire(toJson(fault)["set"]), std::string(R"({"/data/a":7,"/data/list/0/b":null})"));
+    QCOMPARE(toWire(toJson(fault)["remove"]), std::string(R"(["/data/c","/gone"])"));
+}
+
 void FaultPlanTest::badRulesAreRefused_data()
 {
     QTest::addColumn<QByteArray>("json");
@@ -122,6 +135,11 @@ void FaultPlanTest::badRulesAreRefused_data()
     QTest::newRow("count of nothing") << QByteArray(R"({"path":"/","kind":"drop","count":0})");
     QTest::newRow("status beyond all") << QByteArray(R"({"path":"/","kind":"status","status":1000})");
     QTest::newRow("count as text") << QByteArray(R"({"path":"/","kind":"drop","count":"2"})");
+    QTest::newRow("change of nothing") << QByteArray(R"({"path":"/","kind":"change"})");
+    QTest::newRow("change of no pointer") << QByteArray(R"({"path":"/","kind":"change","set":{"data":1}})");
+    QTest::newRow("change by a list") << QByteArray(R"({"path":"/","kind":"change","set":["/data"]})");
+    QTest::newRow("removal by a text") << QByteArray(R"({"path":"/","kind":"change","remove":"/data"})");
+    QTest::newRow("removal of a number") << QByteArray(R"({"path":"/","kind":"change","remove":[1]})");
     QTest::newRow("drip of nothing") << QByteArray(R"({"path":"/","kind":"drip","bytes":0})");
 }
 

@@ -91,6 +91,8 @@ private slots:
     void tooManyRequestsSayHowLongToWait();
     void noJsonIsNoJson();
     void wrongTypesKeepTheNames();
+    void aChangeKeepsEverythingElse();
+    void aChangeCanComeLate();
     void aHugeBodyIsFiftyMegabytesOfJson();
     void aFaultHitsItsPathAndItsCount();
     void aFaultThatAnswersItselfDoesNotReachTheService();
@@ -289,6 +291,36 @@ void ServiceFaultsTest::wrongTypesKeepTheNames()
     QVERIFY(at(reply, QStringLiteral("data.news.0")).isString());
     QVERIFY(at(reply, QStringLiteral("data.news.1.id")).isDouble());
     QVERIFY(at(reply, QStringLiteral("data.news.1.has_keywords")).isString());
+}
+
+void ServiceFaultsTest::aChangeKeepsEverythingElse()
+{
+    const QByteArray target = "/stockhelper/stock/comprehensive?code=600519";
+    QJsonObject expected = m_service->request("GET", target, {}, byDemoKey()).object;
+    m_service->changeAnswers(QStringLiteral("/stockhelper/stock/comprehensive?code=600519"),
+                             {{QStringLiteral("/data/basic_info/stock_code"), QStringLiteral("000001")},
+                              {QStringLiteral("/data/opening_data"), QJsonValue::Null}},
+                             {QStringLiteral("/data/query_time")});
+    const ServiceProcess::Answer answer = m_service->request("GET", target, {}, byDemoKey());
+    QCOMPARE(answer.status, 200);
+    QJsonObject data = expected.value(QLatin1String("data")).toObject();
+    QJsonObject basicInfo = data.value(QLatin1String("basic_info")).toObject();
+    basicInfo.insert(QStringLiteral("stock_code"), QStringLiteral("000001"));
+    data.insert(QStringLiteral("basic_info"), basicInfo);
+    data.insert(QStringLiteral("opening_data"), QJsonValue::Null);
+    data.remove(QStringLiteral("query_time"));
+    expected.insert(QStringLiteral("data"), data);
+    QCOMPARE(answer.object, expected);
+    QCOMPARE(numberAt(m_service->statistics(), "faults.change"), 1);
+}
+
+void ServiceFaultsTest::aChangeCanComeLate()
+{
+    fault("change", R"({"set":{"/status":"tired"},"delay_ms":200})");
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(textAt(m_service->request("GET", "/newsapi/health").object, "status"), QStringLiteral("tired"));
+    QVERIFY(timer.elapsed() >= 199);
 }
 
 void ServiceFaultsTest::aHugeBodyIsFiftyMegabytesOfJson()

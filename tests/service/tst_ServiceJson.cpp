@@ -19,6 +19,9 @@ private slots:
     void repliesKeepTheirOrder();
     void bytesThatAreNoUtf8AreReplaced();
     void wrongTypesKeepNamesAndNesting();
+    void aValueIsChangedAtItsPlace_data();
+    void aValueIsChangedAtItsPlace();
+    void whatIsNoPointerIsRefused();
 };
 
 void ServiceJsonTest::onlyObjectsAreTaken_data()
@@ -84,6 +87,49 @@ void ServiceJsonTest::wrongTypesKeepNamesAndNesting()
         toWire(withWrongTypes(given)),
         std::string(
             R"({"success":"yes","data":{"id":42,"total":"3","none":[],"list":["not an object",{"a":"1.5"}]}})"));
+}
+
+void ServiceJsonTest::aValueIsChangedAtItsPlace_data()
+{
+    QTest::addColumn<QByteArray>("pointer");
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QByteArray>("changed");
+    const auto row = [](const char *name, const char *pointer, const char *value, const char *changed) {
+        QTest::newRow(name) << QByteArray(pointer) << QByteArray(value) << QByteArray(changed);
+    };
+    row("a value", "/a", "2", R"({"a":2,"list":[1,{"b":"x"}]})");
+    row("another type", "/list", "null", R"({"a":"1","list":null})");
+    row("a new key", "/c", R"({"d":[]})", R"({"a":"1","list":[1,{"b":"x"}],"c":{"d":[]}})");
+    row("inside a list", "/list/1/b", "true", R"({"a":"1","list":[1,{"b":true}]})");
+    row("an entry", "/list/0", "\"y\"", R"({"a":"1","list":["y",{"b":"x"}]})");
+    row("behind the end", "/list/-", "3", R"({"a":"1","list":[1,{"b":"x"},3]})");
+    row("everything", "", "[]", "[]");
+    row("a place that is not there", "/c/d", "1", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("an entry that is not there", "/list/2", "1", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("no number in a list", "/list/x", "1", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("inside a text", "/a/b", "1", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("taken out", "/a", "", R"({"list":[1,{"b":"x"}]})");
+    row("an entry taken out", "/list/0", "", R"({"a":"1","list":[{"b":"x"}]})");
+    row("taken out where nothing is", "/c", "", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("nothing behind the end", "/list/-", "", R"({"a":"1","list":[1,{"b":"x"}]})");
+    row("everything taken out", "", "", "null");
+}
+
+void ServiceJsonTest::aValueIsChangedAtItsPlace()
+{
+    QFETCH(QByteArray, pointer);
+    QFETCH(QByteArray, value);
+    QFETCH(QByteArray, changed);
+    const std::optional<JsonIn> newValue =
+        value.isEmpty() ? std::nullopt : std::optional<JsonIn>(JsonIn::parse(value.toStdString()));
+    const Json given = Json::parse(R"({"a":"1","list":[1,{"b":"x"}]})");
+    QCOMPARE(QByteArray::fromStdString(toWire(withChange(given, pointer.toStdString(), newValue))), changed);
+}
+
+void ServiceJsonTest::whatIsNoPointerIsRefused()
+{
+    QVERIFY_EXCEPTION_THROWN(withChange(Json::object(), "a", std::nullopt), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(withChange(Json::object(), "/~2", std::nullopt), ServiceError);
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(ServiceJsonTest)

@@ -239,6 +239,14 @@ void ServiceProcess::addFault(const QString &path, const QString &kind, const QJ
     administrate("POST", "/admin/faults", fault);
 }
 
+void ServiceProcess::changeAnswers(const QString &path, const QJsonObject &values,
+                                   const QStringList &removed) const
+{
+    addFault(
+        path, QStringLiteral("change"),
+        {{QStringLiteral("set"), values}, {QStringLiteral("remove"), QJsonArray::fromStringList(removed)}});
+}
+
 void ServiceProcess::clearFaults() const
 {
     administrate("DELETE", "/admin/faults", {});

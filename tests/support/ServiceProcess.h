@@ -119,10 +119,17 @@ public:
     void setFeedInterval(double seconds) const;
 
     /// Switches a fault on for all targets that begin with \p path. @param kind delay, drop, reset, close,
-    /// truncate, drip, status, not_json, wrong_types or huge. @param further more keys: "count", "method",
-    /// "delay_ms", "status", "body", "error", "wait_seconds", "bytes", "interval_ms".
+    /// truncate, drip, status, not_json, wrong_types, change or huge. @param further more keys: "count",
+    /// "method", "delay_ms", "status", "body", "error", "wait_seconds", "bytes", "interval_ms", "set",
+    /// "remove".
     void addFault(const QString &path, const QString &kind, const QJsonObject &further = {}) const;
     void clearFaults() const;
+
+    /// Changes values in the real answers of all targets that begin with \p path, for as long as faults are
+    /// on.
+    /// @param values new values by their places, for example "/data/basic_info/stock_code".
+    /// @param removed places that are left out.
+    void changeAnswers(const QString &path, const QJsonObject &values, const QStringList &removed = {}) const;
 
     /// The code sent last to an address for "register", "login" or "reset_password"; empty when there is
     /// none.
