@@ -20,6 +20,7 @@
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
 #include "settings/ThemeManager.h"
+#include "stockviews/MarketStatisticsWidget.h"
 #include "stockviews/StockAnalysisWidget.h"
 
 #include <QAction>
@@ -93,6 +94,7 @@ LarkspireApp::LarkspireApp() : m_ui(std::make_unique<MainWindowUi>())
     setupTables();
     setupSplitter(m_ui->mainVerticalSplitter);
     addStockPage();
+    addMarketPage();
 
     applyConfig(false);
     applyTheme(m_config.darkMode);
@@ -142,6 +144,7 @@ void LarkspireApp::createManagers()
     m_autoStartManager = new AutoStartManager(this);
     m_authManager = new AuthManager(this);
     m_authManager->loadStoredCredentials();
+    m_marketStatisticsWidget = new MarketStatisticsWidget([this] { return m_clock(); }, this);
     m_stockAnalysisWidget = new StockAnalysisWidget(this);
     m_stockAnalysisWidget->setAuthManager(m_authManager);
     m_customNotification = new CustomNotification(this);
@@ -443,6 +446,7 @@ void LarkspireApp::adoptConfig(const AppConfig &edited)
     applyConfig(true);
     if (m_stockAnalysisWidget)
         m_stockAnalysisWidget->reloadSettings();
+    adoptMarketSettings(m_config.serverUrl != previous.serverUrl);
     if (m_config.darkMode != previous.darkMode) {
         applyTheme(m_config.darkMode);
         themeCustomerService();

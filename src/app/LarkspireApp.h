@@ -28,6 +28,7 @@ class KeywordManagerDialog;
 class LoginDialog;
 class LoginMethodDialog;
 class MainNewsTable;
+class MarketStatisticsWidget;
 class QAction;
 class QDialog;
 class QMenu;
@@ -253,6 +254,13 @@ private:
     /// Puts the stock page into its place and connects it.
     void addStockPage();
 
+    // The market page.
+    /// Puts the market page into its place.
+    void addMarketPage();
+    void refreshMarketPage();
+    /// Lets the market page take over the settings; from another service, if that is what has changed.
+    void adoptMarketSettings(bool otherService);
+
     // The account.
     void startNewsCycle();
     /// Copies key and session token of the login to the news client; false without a key or a client.
@@ -290,6 +298,7 @@ private:
     QPointer<SoundReminder> m_soundReminder;
     QPointer<AutoStartManager> m_autoStartManager;
     QPointer<AuthManager> m_authManager;
+    QPointer<MarketStatisticsWidget> m_marketStatisticsWidget;
     QPointer<CustomNotification> m_customNotification;
     QPointer<StockAnalysisWidget> m_stockAnalysisWidget;
     QPointer<UserInfoDialog> m_userInfoDialog;

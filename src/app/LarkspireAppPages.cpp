@@ -28,7 +28,9 @@ void LarkspireApp::onTabChanged(int index)
     if (index == 0)
         return;
     const QWidget *page = m_ui->mainTabWidget->widget(index);
-    if (page == m_ui->interactivePlatformPage) {
+    if (page == m_ui->marketStatisticsPage) {
+        refreshMarketPage();
+    } else if (page == m_ui->interactivePlatformPage) {
         refreshInteractiveNews();
     } else if (page == m_ui->selectedNewsPage) {
         refreshSelectedNews();

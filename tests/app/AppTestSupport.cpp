@@ -139,6 +139,8 @@ RawAnswer ScriptedService::answer(const RawRequest &request)
                                              {QStringLiteral("ths_version"), QStringLiteral("9.40.10")},
                                              {QStringLiteral("current_software"), QStringLiteral("ths")}}}});
     }
+    if (path.endsWith("/stockhelper/market/statistics") && !market.isEmpty())
+        return RawAnswer::json(market);
     if (path.endsWith("newsapi/health")) {
         return RawAnswer::json({{QStringLiteral("status"), QStringLiteral("ok")},
                                 {QStringLiteral("version"), QStringLiteral("1")}});

@@ -41,6 +41,8 @@ public:
     /// When set, the answer to every news request.
     bool newsFails = false;
     RawAnswer newsFailure;
+    /// The answer to a request for the market's figures; empty for none.
+    QJsonObject market;
     /// The answer to every login; empty for a successful one.
     QJsonObject loginRefusal;
 

@@ -106,7 +106,7 @@ private slots:
     void websiteAndUpdateOpenTheMakersPages();
     void trayMenuHoldsItsEntriesInOrder();
     void loginActionHidesWhileSomebodyIsKnown();
-    void typingInTheSearchFieldAndThePagesOfStocksAndMarketDoNothing();
+    void typingInTheSearchFieldAndThePagesOfStocksAndMarketLeaveTheStatusAlone();
 
 private:
     QList<QUrl> m_opened;
@@ -779,7 +779,7 @@ void TestLarkspireAppFrame::loginActionHidesWhileSomebodyIsKnown()
     QCOMPARE(user->text(), QStringLiteral("未登录"));
 }
 
-void TestLarkspireAppFrame::typingInTheSearchFieldAndThePagesOfStocksAndMarketDoNothing()
+void TestLarkspireAppFrame::typingInTheSearchFieldAndThePagesOfStocksAndMarketLeaveTheStatusAlone()
 {
     LarkspireApp window;
     auto *tabs = window.findChild<QTabWidget *>(QStringLiteral("mainTabWidget"));
