@@ -192,13 +192,6 @@ void LarkspireApp::buildInterface()
         restoreGeometry(geometry);
     else
         resize(m_config.windowSize);
-
-    greyWhatLeadsNowhere();
-}
-
-void LarkspireApp::greyWhatLeadsNowhere()
-{
-    m_ui->actionConfig->setEnabled(false);
 }
 
 void LarkspireApp::setupConnections()
@@ -447,13 +440,17 @@ void LarkspireApp::adoptConfig(const AppConfig &edited)
     if (m_stockAnalysisWidget)
         m_stockAnalysisWidget->reloadSettings();
     adoptMarketSettings(m_config.serverUrl != previous.serverUrl);
-    if (m_config.darkMode != previous.darkMode) {
-        applyTheme(m_config.darkMode);
-        themeCustomerService();
-        updateThemeAction();
-        redisplayDetails();
-    }
+    if (m_config.darkMode != previous.darkMode)
+        adoptTheme();
     checkApiConnection();
+}
+
+void LarkspireApp::adoptTheme()
+{
+    applyTheme(m_config.darkMode);
+    themeCustomerService();
+    updateThemeAction();
+    redisplayDetails();
 }
 
 void LarkspireApp::changeAutoStart(bool wasEnabled)
@@ -472,11 +469,6 @@ void LarkspireApp::setDetailsVisible(bool visible)
     for (QGroupBox *groupBox : {m_ui->detailsGroupBox, m_ui->interactivePlatformDetailsGroupBox,
                                 m_ui->selectedNewsDetailsGroupBox, m_ui->searchDetailsGroupBox})
         groupBox->setVisible(visible);
-}
-
-void LarkspireApp::onConfigButtonClicked()
-{
-    // Nothing yet: leads to the settings dialog, whose result goes to adoptConfig().
 }
 
 void LarkspireApp::onKeywordManagerClicked()

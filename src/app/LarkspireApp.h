@@ -20,6 +20,7 @@
 class ApiClient;
 class AuthManager;
 class AutoStartManager;
+class ConfigDialog;
 class CustomNotification;
 class CustomTableWidget;
 class CustomerServiceDialog;
@@ -157,16 +158,20 @@ private:
     void createManagers();
     void readConfig();
     void buildInterface();
-    /// Greys the actions whose dialogs do not exist yet.
-    void greyWhatLeadsNowhere();
     void setupTrayIcon();
     void setupConnections();
     void setupTables();
     void applyConfig(bool showWindow);
     void applyTheme(bool dark);
+    /// Dresses everything in the configured skin.
+    void adoptTheme();
     void themeCustomerService();
     void updateThemeAction();
     void saveSettings();
+    /// The record takes the answer of the system's list of programs, and so does the stored setting.
+    void mirrorAutoStart();
+    /// Reads the settings anew after a reset that was not followed by an OK, and applies them.
+    void rereadConfig();
     /// Takes over what the settings dialog returned, except the top-most flag and the volume, which it does
     /// not own; stores and applies it.
     void adoptConfig(const AppConfig &edited);
@@ -307,6 +312,7 @@ private:
     QPointer<LoginMethodDialog> m_loginMethodDialog;     ///< built on first use
     QPointer<EnhancedLoginDialog> m_enhancedLoginDialog; ///< built on first use
     QPointer<KeywordManagerDialog> m_keywordManager;     ///< the one that runs now, if any
+    QPointer<ConfigDialog> m_configDialog;               ///< the one that runs now, if any
     QNetworkAccessManager *m_networkManager = nullptr;
     QThread *m_workerThread = nullptr;
 

@@ -95,8 +95,8 @@ private slots:
     void detailsFollowTheSetting();
     void splittersGiveTheRoomToTheTable_data();
     void splittersGiveTheRoomToTheTable();
-    void whatLeadsNowhereIsGreyed_data();
-    void whatLeadsNowhereIsGreyed();
+    void everythingLeadsSomewhere_data();
+    void everythingLeadsSomewhere();
     void speechEngineIsInitialisedTwice();
     void realAutoStartStateWinsOverTheSetting();
     void timersStandAsConfigured();
@@ -593,13 +593,12 @@ void TestLarkspireAppFrame::splittersGiveTheRoomToTheTable()
     QCOMPARE(splitter->sizes(), (QList<int>{250, 750}));
 }
 
-void TestLarkspireAppFrame::whatLeadsNowhereIsGreyed_data()
+void TestLarkspireAppFrame::everythingLeadsSomewhere_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("enabled");
 
-    QTest::newRow("actionConfig") << QStringLiteral("actionConfig") << false;
-    for (const char *name : {"actionKeywordManager",
+    for (const char *name : {"actionConfig",
+                             "actionKeywordManager",
                              "actionUserInfo",
                              "actionCustomerService",
                              "actionSelectLoginMethod",
@@ -619,21 +618,20 @@ void TestLarkspireAppFrame::whatLeadsNowhereIsGreyed_data()
                              "topMostCheckBox",
                              "ttsCheckBox",
                              "volumeSlider"})
-        QTest::newRow(name) << QString::fromLatin1(name) << true;
+        QTest::newRow(name) << QString::fromLatin1(name);
 }
 
-void TestLarkspireAppFrame::whatLeadsNowhereIsGreyed()
+void TestLarkspireAppFrame::everythingLeadsSomewhere()
 {
     QFETCH(QString, name);
-    QFETCH(bool, enabled);
     LarkspireApp window;
     if (const auto *action = window.findChild<QAction *>(name)) {
-        QCOMPARE(action->isEnabled(), enabled);
+        QVERIFY(action->isEnabled());
         return;
     }
     const auto *widget = window.findChild<QWidget *>(name);
     QVERIFY(widget);
-    QCOMPARE(widget->isEnabledTo(&window), enabled);
+    QVERIFY(widget->isEnabledTo(&window));
 }
 
 void TestLarkspireAppFrame::speechEngineIsInitialisedTwice()

@@ -1,0 +1,41 @@
+#include "app/LarkspireApp.h"
+
+#include "desktop/AutoStartManager.h"
+#include "settings/ConfigDialog.h"
+#include "settings/ConfigManager.h"
+
+void LarkspireApp::onConfigButtonClicked()
+{
+    if (m_configDialog) {
+        // The tray's menu works while the dialog is open.
+        m_configDialog->raise();
+        m_configDialog->activateWindow();
+        return;
+    }
+    mirrorAutoStart();
+    ConfigDialog dialog(m_config, this);
+    m_configDialog = &dialog;
+    placeDialog(&dialog);
+    if (dialog.exec() == QDialog::Accepted)
+        adoptConfig(dialog.getConfig());
+    else if (dialog.wasReset())
+        rereadConfig();
+}
+
+void LarkspireApp::mirrorAutoStart()
+{
+    if (!m_autoStartManager)
+        return;
+    m_config.enableAutoStart = m_autoStartManager->isAutoStartEnabled();
+    ConfigManager::instance()->setEnableAutoStart(m_config.enableAutoStart);
+}
+
+void LarkspireApp::rereadConfig()
+{
+    const bool wasDark = m_config.darkMode;
+    readConfig();
+    m_config.darkMode = ConfigManager::instance()->getDarkMode();
+    applyConfig(isVisible());
+    if (m_config.darkMode != wasDark)
+        adoptTheme();
+}
