@@ -437,9 +437,7 @@ void LarkspireApp::adoptConfig(const AppConfig &edited)
 
     saveSettings();
     applyConfig(true);
-    if (m_stockAnalysisWidget)
-        m_stockAnalysisWidget->reloadSettings();
-    adoptMarketSettings(m_config.serverUrl != previous.serverUrl);
+    tellPagesOfSettings(m_config.serverUrl != previous.serverUrl);
     if (m_config.darkMode != previous.darkMode)
         adoptTheme();
     checkApiConnection();

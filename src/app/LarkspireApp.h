@@ -172,6 +172,9 @@ private:
     void mirrorAutoStart();
     /// Reads the settings anew after a reset that was not followed by an OK, and applies them.
     void rereadConfig();
+    /// Lets the pages that read settings by themselves read them anew; \p otherService: the service's address
+    /// is one of what has changed.
+    void tellPagesOfSettings(bool otherService);
     /// Takes over what the settings dialog returned, except the top-most flag and the volume, which it does
     /// not own; stores and applies it.
     void adoptConfig(const AppConfig &edited);

@@ -3,6 +3,7 @@
 #include "desktop/AutoStartManager.h"
 #include "settings/ConfigDialog.h"
 #include "settings/ConfigManager.h"
+#include "stockviews/StockAnalysisWidget.h"
 
 void LarkspireApp::onConfigButtonClicked()
 {
@@ -33,9 +34,18 @@ void LarkspireApp::mirrorAutoStart()
 void LarkspireApp::rereadConfig()
 {
     const bool wasDark = m_config.darkMode;
+    const QString oldServerUrl = m_config.serverUrl;
     readConfig();
     m_config.darkMode = ConfigManager::instance()->getDarkMode();
     applyConfig(isVisible());
+    tellPagesOfSettings(m_config.serverUrl != oldServerUrl);
     if (m_config.darkMode != wasDark)
         adoptTheme();
+}
+
+void LarkspireApp::tellPagesOfSettings(bool otherService)
+{
+    if (m_stockAnalysisWidget)
+        m_stockAnalysisWidget->reloadSettings();
+    adoptMarketSettings(otherService);
 }

@@ -3,6 +3,7 @@
 #include "accounts/DeviceIdentity.h"
 #include "settings/ConfigDialogRules.h"
 #include "settings/ConfigManager.h"
+#include "settings/InputField.h"
 #include "settings/ServiceProbe.h"
 #include "settings/SettingsTable.h"
 #include "settings/SkinLightness.h"
@@ -466,7 +467,7 @@ QWidget *ConfigDialog::buildServerTab()
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     layout->addLayout(form);
 
-    m_serverUrlEdit = new QLineEdit(page);
+    m_serverUrlEdit = new InputField(page);
     m_serverUrlEdit->setObjectName(QStringLiteral("serverUrlEdit"));
     m_serverUrlEdit->setPlaceholderText(QStringLiteral("例如: http://192.168.1.10:8888"));
     form->addRow(QStringLiteral("API服务器地址:"), m_serverUrlEdit);
@@ -475,7 +476,7 @@ QWidget *ConfigDialog::buildServerTab()
         [this] { return serverAddress(); },
         [this](const QString &address) { m_serverUrlEdit->setText(address); });
 
-    m_apiKeyEdit = new QLineEdit(page);
+    m_apiKeyEdit = new InputField(page);
     m_apiKeyEdit->setObjectName(QStringLiteral("apiKeyEdit"));
     m_apiKeyEdit->setEchoMode(QLineEdit::Password);
     m_apiKeyEdit->setPlaceholderText(QStringLiteral("请输入您的API Key"));
