@@ -230,6 +230,12 @@ bool PictureTour::pages()
             return failed(QString::fromUtf8(page.tab) + QStringLiteral(" is not there: ") + status->text());
         tabs->setCurrentIndex(0);
     }
+    const auto *rising = part<QLabel>(m_window, "riseCountValue");
+    if (!chooseTab(tabs, QStringLiteral("行情统计")) ||
+        !until([rising] { return rising->text() != QStringLiteral("--"); }) ||
+        !shoot(&m_window, QStringLiteral("market-page")))
+        return failed(QStringLiteral("the figures of the market did not come"));
+    tabs->setCurrentIndex(0);
     auto *search = part<QLineEdit>(m_window, "searchLineEdit");
     WindowInput::fill(search, QStringLiteral("机器人"));
     WindowInput::press(search, Qt::Key_Return);
