@@ -272,6 +272,8 @@ private slots:
             const Side &side = cycle % 10 == 0 ? tdxSide : thsSide;
             QVERIFY((utils.*side.setOffset)(side.offset));
             QCOMPARE(tick(utils, side), QStringLiteral("600519"));
+            if (cycle % 100 == 0)
+                QCOMPARE((utils.*side.list)().size(), 1);
             utils.detachAll();
         }
         QCOMPARE(TestPlatform::openHandleCount(), before);
