@@ -289,6 +289,7 @@ void StockAnalysisUi::buildGrid(QWidget *page)
     grid->addWidget(ma5StatusLabel, Ma5StatusRow, 0, 1, 4);
     trendSignalsLabel = make<QLabel>(QStringLiteral("trendSignalsLabel"), page);
     trendSignalsLabel->setTextFormat(Qt::RichText);
+    trendSignalsLabel->setTextInteractionFlags(Qt::NoTextInteraction);
     trendSignalsLabel->setAlignment(Qt::AlignCenter);
     trendSignalsLabel->setWordWrap(true);
     trendSignalsLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -332,8 +333,14 @@ void StockAnalysisUi::setFontSizes(const FontSizes &sizes)
 
     font = regionLabel->font();
     font.setPointSize(sizes.basic);
-    for (ElidingLabel *label : {regionLabel, industryLabel, businessLabel})
+    // Their styles come with a size of their own, and go with it.
+    font.setPointSize(qMax(sizes.basic, sizes.name));
+    const int height = QFontMetrics(font).height();
+    font.setPointSize(sizes.basic);
+    for (ElidingLabel *label : {regionLabel, industryLabel, businessLabel}) {
         label->setFont(font);
+        label->setFixedHeight(height);
+    }
 
     for (ValueLabel *label : qAsConst(basicValues))
         label->setConfiguredPointSize(sizes.history);

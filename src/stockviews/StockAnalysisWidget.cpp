@@ -138,6 +138,7 @@ void StockAnalysisWidget::setupConnections()
     connect(m_ui->companyNameLabel, &QLabel::linkActivated, this,
             &StockAnalysisWidget::onStockNameLinkClicked);
     m_ui->recentLimitUpValueLabel->installEventFilter(this);
+    m_ui->companyNameLabel->installEventFilter(this);
 
     // A hot key does what its button does, and nothing while that is greyed.
     connect(m_themeHotkey, &GlobalHotkey::activated, m_ui->themeButton, &QPushButton::click);

@@ -171,6 +171,9 @@ private:
     void showFrameWidgets(bool visible);
     void changeWindowFlags(Qt::WindowFlags flags);
     bool resizeWindow(QEvent *event);
+    /// Moves the window along with the mouse; false when it is not being dragged.
+    bool dragWindow(const QMouseEvent *event);
+    bool dragByName(QEvent *event);
 
     Surroundings m_surroundings;
     std::unique_ptr<StockAnalysisUi> m_ui;

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QHoverEvent>
+#include <QLabel>
 #include <QMainWindow>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -155,19 +156,14 @@ void StockAnalysisWidget::mousePressEvent(QMouseEvent *event)
         return;
     }
     m_isDragging = true;
-    m_dragStartPosition = event->globalPos() - window()->frameGeometry().topLeft();
+    // A window without a frame; what is left of the one it had is not to be counted.
+    m_dragStartPosition = event->globalPos() - window()->geometry().topLeft();
 }
 
 void StockAnalysisWidget::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!m_isDragging || (event->buttons() & Qt::LeftButton) == 0) {
+    if (!dragWindow(event))
         event->ignore();
-        return;
-    }
-    const QPoint target = event->globalPos() - m_dragStartPosition;
-    if ((target - window()->pos()).manhattanLength() >= QApplication::startDragDistance())
-        m_wasDragged = true;
-    window()->move(target);
 }
 
 void StockAnalysisWidget::mouseReleaseEvent(QMouseEvent *event)
@@ -177,6 +173,27 @@ void StockAnalysisWidget::mouseReleaseEvent(QMouseEvent *event)
         return;
     }
     m_isDragging = false;
+}
+
+bool StockAnalysisWidget::dragWindow(const QMouseEvent *event)
+{
+    if (!m_isDragging || (event->buttons() & Qt::LeftButton) == 0)
+        return false;
+    const QPoint target = event->globalPos() - m_dragStartPosition;
+    if ((target - window()->geometry().topLeft()).manhattanLength() >= QApplication::startDragDistance())
+        m_wasDragged = true;
+    window()->setGeometry(QRect(target, window()->size()));
+    return true;
+}
+
+bool StockAnalysisWidget::dragByName(QEvent *event)
+{
+    // A label with a link takes the moves and the release for itself.
+    if (event->type() == QEvent::MouseMove)
+        return dragWindow(static_cast<QMouseEvent *>(event));
+    if (event->type() == QEvent::MouseButtonRelease)
+        m_isDragging = false;
+    return false;
 }
 
 bool StockAnalysisWidget::resizeWindow(QEvent *event)
@@ -228,6 +245,9 @@ bool StockAnalysisWidget::eventFilter(QObject *watched, QEvent *event)
             onRecentLimitUpLabelEntered();
         else if (event->type() == QEvent::Leave)
             onRecentLimitUpLabelLeft();
+    } else if (watched == m_ui->companyNameLabel) {
+        if (dragByName(event))
+            return true;
     } else if (m_compactMode && watched == window() && resizeWindow(event)) {
         return true;
     }

@@ -17,6 +17,8 @@ constexpr int SideRoom = 2;
 ValueLabel::ValueLabel(QWidget *parent) : QLabel(parent)
 {
     setTextFormat(Qt::RichText);
+    // With links to click, as by default, it would keep the mouse's moves from the page.
+    setTextInteractionFlags(Qt::NoTextInteraction);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_document.setDocumentMargin(0);
     m_document.setUndoRedoEnabled(false);

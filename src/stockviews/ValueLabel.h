@@ -28,6 +28,9 @@ public:
     /// The size in points that the text is written in now.
     qreal writtenPointSize() const { return m_document.defaultFont().pointSizeF(); }
 
+    /// The width in pixels that the text takes now.
+    qreal textWidth() const { return m_document.idealWidth(); }
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

@@ -2,7 +2,6 @@
 
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiConfig.h"
-#include "stockviews/StockAnalysisWidget.h"
 #include "support/IsolatedHome.h"
 
 #include <QCheckBox>

@@ -2,14 +2,13 @@
 
 #include "linkage/FakePlatform.h"
 #include "stockviews/ScriptedStockService.h"
+#include "stockviews/StockAnalysisWidget.h"
 
 #include <QDateTime>
 #include <QString>
 #include <QWidget>
 
 #include <memory>
-
-class StockAnalysisWidget;
 
 /// A stock page in a window, with a scripted service and trading programs made of tables. Link
 /// larkspire_stock_page_fixture.
@@ -44,7 +43,7 @@ public:
     template <typename Kind>
     Kind *find(const char *objectName) const
     {
-        return window->findChild<Kind *>(QString::fromLatin1(objectName));
+        return page->findChild<Kind *>(QString::fromLatin1(objectName));
     }
     QString text(const char *label) const;
     QString style(const char *label) const;

@@ -1,0 +1,208 @@
+#include "linkage/FakePlatform.h"
+#include "stockviews/LimitUpPopup.h"
+#include "stockviews/StockAnalysisWidget.h"
+#include "stockviews/StockPageFixture.h"
+#include "support/IsolatedHome.h"
+#include "support/speechplugin/SpeechStage.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTimer>
+
+namespace {
+
+const QString code = QStringLiteral("002031");
+const QString name = QStringLiteral("巨轮智能");
+const QString today = QStringLiteral("2024-06-12");
+const QString limitUpDay = QStringLiteral("2024-05-30");
+
+} // namespace
+
+// Runs on a real X server: the pointer is the server's own.
+class tst_LimitUpHover : public QObject
+{
+    Q_OBJECT
+
+    /// A page that shows the stock, the pointer beside the label.
+    static void open(StockPageFixture &page)
+    {
+        QCursor::setPos(5, 5);
+        page.service.records.insert(code, stockRecord(code, name, today));
+        page.openInTdx(code.toLatin1());
+        page.openPage();
+        page.window->move(300, 200);
+        QVERIFY(QTest::qWaitForWindowExposed(page.window.get()));
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("已更新 002031 综合信息"));
+    }
+    static QLabel *label(const StockPageFixture &page)
+    {
+        return page.find<QLabel>("recentLimitUpValueLabel");
+    }
+    static LimitUpPopup *popup(const StockPageFixture &page)
+    {
+        return page.page->findChild<LimitUpPopup *>();
+    }
+    static void enter(const StockPageFixture &page)
+    {
+        QCursor::setPos(label(page)->mapToGlobal(label(page)->rect().center()));
+        QTRY_VERIFY(label(page)->underMouse());
+    }
+    static void leave(const StockPageFixture &page)
+    {
+        QCursor::setPos(5, 5);
+        QTRY_VERIFY(!label(page)->underMouse());
+    }
+    static int requests(const StockPageFixture &page)
+    {
+        return page.service.targets("/limit_up_stock").size();
+    }
+
+private slots:
+    void initTestCase() { SpeechStage::install(); }
+
+    void theDetailsAreFetchedAndShownBesideTheLabel()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QCOMPARE(page.service.targets("/limit_up_stock"),
+                 QStringList{QStringLiteral("/stockhelper/limit_up_stock?code=002031&date=2024-05-30")});
+        const QPoint corner = label(page)->mapToGlobal(QPoint(0, 0));
+        QTRY_COMPARE(popup(page)->pos(), QPoint(corner.x() + label(page)->width() + 10, corner.y()));
+        const QString html = popup(page)->findChild<QLabel *>()->text();
+        QVERIFY(html.contains(QStringLiteral("巨轮智能 002031")));
+        QVERIFY(html.contains(QStringLiteral("涨停详情")));
+        QVERIFY(html.contains(QStringLiteral("4天3板")));
+        QVERIFY(popup(page)->windowFlags().testFlag(Qt::FramelessWindowHint));
+        QCOMPARE(popup(page)->windowFlags() & Qt::WindowType_Mask, Qt::WindowFlags(Qt::Tool));
+        QVERIFY(!popup(page)->isActiveWindow());
+
+        // It goes half a second after the pointer; a second visit needs no other request.
+        leave(page);
+        QVERIFY(popup(page)->isVisible());
+        QTRY_VERIFY(!popup(page)->isVisible());
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QCOMPARE(requests(page), 1);
+    }
+
+    void aBriefExitDoesNotHideIt()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        leave(page);
+        enter(page);
+        // Past the time after which it would have gone.
+        QTimer wait;
+        wait.setSingleShot(true);
+        QSignalSpy passed(&wait, &QTimer::timeout);
+        wait.start(700);
+        QVERIFY(passed.wait());
+        QVERIFY(popup(page)->isVisible());
+    }
+
+    void atTheEdgeOfTheScreenItGoesToTheOtherSide()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        const QRect screen = QApplication::primaryScreen()->availableGeometry();
+        page.window->move(screen.right() - page.window->width() - 10, 200);
+        QTRY_VERIFY(page.window->x() > 900);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        const QPoint corner = label(page)->mapToGlobal(QPoint(0, 0));
+        QTRY_COMPARE(popup(page)->x(), corner.x() - popup(page)->width() - 10);
+        QVERIFY(screen.contains(popup(page)->geometry()));
+    }
+
+    void aDayWithoutDetailsIsSaidInTheStatus()
+    {
+        StockPageFixture page;
+        open(page);
+        const QString shown = page.text("companyNameLabel");
+        enter(page);
+        QTRY_COMPARE(page.status(), QStringLiteral("涨停详情查询: 查无记录"));
+        QVERIFY(!popup(page)->isVisible());
+        QCOMPARE(page.text("companyNameLabel"), shown);
+    }
+
+    void withoutALimitUpDayThereIsAToolTip()
+    {
+        StockPageFixture page;
+        QJsonObject record = stockRecord(code, name, today);
+        QJsonObject stats = record.value(QStringLiteral("limit_stats")).toObject();
+        stats.insert(QStringLiteral("recent_limit_up_date"), QString());
+        record.insert(QStringLiteral("limit_stats"), stats);
+        open(page);
+        page.service.records.insert(code, record);
+        QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
+        QTRY_COMPARE(page.text("recentLimitUpValueLabel"), QStringLiteral("<b>--</b>"));
+        enter(page);
+        QTRY_COMPARE(label(page)->toolTip(), QStringLiteral("暂无涨停详情数据"));
+        QCOMPARE(requests(page), 0);
+        QVERIFY(!popup(page)->isVisible());
+    }
+
+    void anAnswerForAnotherStockIsDropped()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(
+            code, limitUpDetail(QStringLiteral("000001"), QStringLiteral("平安银行"), limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_COMPARE(requests(page), 1);
+        // The next answer shows that the first has been through.
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        leave(page);
+        QVERIFY(!popup(page)->isVisible());
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QCOMPARE(requests(page), 2);
+        QVERIFY(popup(page)->findChild<QLabel *>()->text().contains(name));
+    }
+
+    void anAnswerOfAnotherDayIsShownAndNotAskedForAgain()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, QStringLiteral("20240530")));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
+        QTRY_COMPARE(requests(page), 2); // the record that came in under the pointer, once
+        QTRY_COMPARE(page.status(), QStringLiteral("已更新 002031 综合信息"));
+        QCOMPARE(requests(page), 2);
+    }
+
+    void aNewCodeUnderThePointerHidesItAndAsksForItsOwn()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        page.service.limitUpDetails.insert(
+            QStringLiteral("600519"),
+            limitUpDetail(QStringLiteral("600519"), QStringLiteral("贵州茅台"), limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        page.openInTdx("600519");
+        page.tick();
+        QVERIFY(!popup(page)->isVisible());
+        QTRY_VERIFY(popup(page)->isVisible());
+        QVERIFY(popup(page)->findChild<QLabel *>()->text().contains(QStringLiteral("贵州茅台 600519")));
+    }
+};
+
+LARKSPIRE_TEST_MAIN(tst_LimitUpHover)
+#include "tst_limituphover.moc"
