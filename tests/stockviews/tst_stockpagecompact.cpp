@@ -244,6 +244,8 @@ private slots:
     {
         toggle();
         m_origin = m_window->mapToGlobal(QPoint());
+        move(QPoint(210, 310));
+        QTRY_VERIFY(m_window->underMouse()); // the new window is on the screen
         move(QPoint(417, 300));
         QTRY_COMPARE(m_window->cursor().shape(), Qt::SizeHorCursor);
         move(QPoint(210, 300));
