@@ -444,7 +444,8 @@ private slots:
         QCOMPARE(queries(page),
                  (QStringList{QStringLiteral("600519"), QStringLiteral("000001"), QStringLiteral("600519")}));
         QCOMPARE(SpeechStage::instance().said(),
-                 (QStringList{QStringLiteral("股600519"), QStringLiteral("股000001"), QStringLiteral("股600519")}));
+                 (QStringList{QStringLiteral("股600519"), QStringLiteral("股000001"),
+                              QStringLiteral("股600519")}));
     }
 
     void theNameIsSpokenOncePerCodeAndOnlyWhereWanted_data()
