@@ -129,7 +129,7 @@ private:
     /// What holds for all stocks on a day.
     struct Mood
     {
-        std::array<const Concept *, HotConcepts> hot;
+        std::array<const Concept *, HotConcepts> hot{};
         std::int64_t move = 0;
     };
     using Moods = std::vector<Mood>;

@@ -76,7 +76,7 @@ std::vector<std::string> companyReasons(const Stock &stock, const DayBar &bar, D
 {
     std::vector<std::string> reasons;
     if (bar.close < bar.previousClose)
-        reasons.push_back("公司股价前期累计涨幅较大，短线资金获利了结。");
+        reasons.emplace_back("公司股价前期累计涨幅较大，短线资金获利了结。");
     std::size_t roles = 0;
     for (const Concept *theme : conceptsOf(stock)) {
         const std::string role = roleIn(*theme, stock);

@@ -76,10 +76,10 @@ std::string toText(Day day)
     const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
     const std::int64_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
     const std::int64_t year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    const std::int64_t dayOfMonth = dayOfYear - (153 * monthFromMarch + 2) / 5 + 1;
     char text[96];
     std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld", static_cast<long long>(year),
-                  static_cast<long long>(month),
-                  static_cast<long long>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1));
+                  static_cast<long long>(month), static_cast<long long>(dayOfMonth));
     return text;
 }
 

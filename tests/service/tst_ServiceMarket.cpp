@@ -12,8 +12,9 @@ class ServiceMarketTest : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
-    void cleanup();
+    void cleanupTestCase();
 
     void onlyKnownCallersGetAnswers();
     void theFiguresAreToldWhole();
@@ -61,16 +62,21 @@ private:
     std::unique_ptr<ServiceProcess> m_service;
 };
 
-void ServiceMarketTest::init()
+void ServiceMarketTest::initTestCase()
 {
     m_service = std::make_unique<ServiceProcess>(standingClock());
     QVERIFY2(m_service->start(), qPrintable(m_service->errorText()));
 }
 
-void ServiceMarketTest::cleanup()
+void ServiceMarketTest::init()
+{
+    m_service->clearFaults();
+    at("2024-08-08 10:30:00");
+}
+
+void ServiceMarketTest::cleanupTestCase()
 {
     QVERIFY(m_service->stop());
-    m_service.reset();
 }
 
 void ServiceMarketTest::onlyKnownCallersGetAnswers()
