@@ -7,6 +7,7 @@
 #include "accounts/PasswordEcho.h"
 #include "accounts/RegisterDialog.h"
 #include "accounts/ResetPasswordDialog.h"
+#include "newsclient/ServiceWords.h"
 #include "settings/ConfigManager.h"
 #include "settings/InputField.h"
 #include "settings/ThemeManager.h"
@@ -268,6 +269,11 @@ void EnhancedLoginDialog::connectVerificationCode()
 {
     connect(m_authManager, &AuthManager::verificationCodeSent, this,
             &EnhancedLoginDialog::onVerificationCodeSent, Qt::UniqueConnection);
+    // The answer to a request of this dialog may have come while a sub-dialog alone was listening.
+    if (!m_countdownTimer->isActive()) {
+        m_sendCodeButton->setEnabled(true);
+        m_sendCodeButton->setText(CodeCountdown::idleCaption());
+    }
 }
 
 void EnhancedLoginDialog::connectRegistration()
@@ -419,7 +425,7 @@ void EnhancedLoginDialog::onLoginFinished(bool success, const QString &message)
     m_freeUserButton->setEnabled(true);
     m_freeUserButton->setText(loginCaption);
     if (!success) {
-        QMessageBox::warning(this, failureTitle, message);
+        QMessageBox::warning(this, failureTitle, ServiceWords::asSent(message));
         focusWhereTypingStarts();
         return;
     }
@@ -449,10 +455,10 @@ void EnhancedLoginDialog::onVerificationCodeSent(bool success, const QString &me
     m_sendCodeButton->setEnabled(true);
     m_sendCodeButton->setText(CodeCountdown::idleCaption());
     if (!success) {
-        QMessageBox::warning(this, failureTitle, message);
+        QMessageBox::warning(this, failureTitle, ServiceWords::asSent(message));
         return;
     }
-    QMessageBox::information(this, QStringLiteral("成功"), message);
+    QMessageBox::information(this, QStringLiteral("成功"), ServiceWords::asSent(message));
     // The button stays usable, under its old caption, until the first tick. That is meant.
     m_countdownSeconds = CodeCountdown::startSeconds;
     m_countdownTimer->start(CodeCountdown::tickMs);
@@ -539,10 +545,10 @@ void EnhancedLoginDialog::onRegistrationFinished(bool success, const QString &me
 {
     // The answer to a registration whose dialog was closed before it came.
     if (!success) {
-        QMessageBox::warning(this, failureTitle, message);
+        QMessageBox::warning(this, failureTitle, ServiceWords::asSent(message));
         return;
     }
-    QMessageBox::information(this, QStringLiteral("成功"), message);
+    QMessageBox::information(this, QStringLiteral("成功"), ServiceWords::asSent(message));
     emit registrationSuccess();
 }
 

@@ -85,7 +85,6 @@ LoginMethodDialog::LoginMethodDialog(QWidget *parent)
     layout->addLayout(buttons);
     m_okButton->setDefault(true);
     m_okButton->setProperty("primary", true);
-    m_methodGroup->button(LoginMethod::EmailPassword)->setFocus();
 
     connect(m_okButton, &QPushButton::clicked, this, &LoginMethodDialog::onOkClicked);
     connect(m_cancelButton, &QPushButton::clicked, this, &LoginMethodDialog::onCancelClicked);
@@ -96,6 +95,12 @@ LoginMethodDialog::LoginMethodDialog(QWidget *parent)
 void LoginMethodDialog::setAuthManager(AuthManager *authManager)
 {
     m_authManager = authManager;
+}
+
+void LoginMethodDialog::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    m_methodGroup->checkedButton()->setFocus();
 }
 
 void LoginMethodDialog::onMethodSelected()

@@ -25,6 +25,10 @@ public:
     /// The method chosen, a value of LoginMethod; EmailPassword until the user chooses another.
     int selectedMethod() const { return m_selectedMethod; }
 
+protected:
+    /// Asked again, the dialog starts where it did the first time: at the method that is chosen.
+    void showEvent(QShowEvent *event) override;
+
 private slots:
     void onMethodSelected();
     void onOkClicked();

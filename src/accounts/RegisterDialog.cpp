@@ -4,6 +4,7 @@
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
 #include "accounts/PasswordEcho.h"
+#include "newsclient/ServiceWords.h"
 #include "settings/InputField.h"
 #include "settings/ThemeManager.h"
 
@@ -147,7 +148,7 @@ void RegisterDialog::updateButtons()
 
 void RegisterDialog::showError(const QString &text)
 {
-    QMessageBox::information(this, QStringLiteral("错误"), text);
+    QMessageBox::information(this, QStringLiteral("错误"), ServiceWords::asSent(text));
 }
 
 bool RegisterDialog::requireAuthManager()
@@ -218,7 +219,7 @@ void RegisterDialog::onRegistrationFinished(bool success, const QString &message
         return;
     }
     QMessageBox::information(this, QStringLiteral("成功"),
-                             message + QStringLiteral("\n请使用用户名和密码登录"));
+                             ServiceWords::asSent(message + QStringLiteral("\n请使用用户名和密码登录")));
     emit registrationSuccess();
     accept();
 }
@@ -249,7 +250,7 @@ void RegisterDialog::onVerificationCodeSent(bool success, const QString &message
         updateButtons();
         return;
     }
-    QMessageBox::information(this, QStringLiteral("提示"), message);
+    QMessageBox::information(this, QStringLiteral("提示"), ServiceWords::asSent(message));
     m_countdownSeconds = CodeCountdown::startSeconds;
     m_sendCodeButton->setText(CodeCountdown::waitingCaption(m_countdownSeconds));
     m_countdownTimer->start(CodeCountdown::tickMs);

@@ -4,6 +4,7 @@
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
 #include "accounts/PasswordEcho.h"
+#include "newsclient/ServiceWords.h"
 #include "settings/InputField.h"
 #include "settings/ThemeManager.h"
 
@@ -103,7 +104,7 @@ ResetPasswordDialog::ResetPasswordDialog(QWidget *parent)
     layout->addLayout(buttons);
 
     for (const QLineEdit *edit : {m_emailEdit, m_codeEdit, m_newPasswordEdit, m_confirmPasswordEdit})
-        connect(edit, &QLineEdit::textChanged, this, &ResetPasswordDialog::updateButtons);
+        connect(edit, &QLineEdit::textChanged, this, &ResetPasswordDialog::updateResetButton);
     connect(m_sendCodeButton, &QPushButton::clicked, this,
             &ResetPasswordDialog::onSendVerificationCodeClicked);
     connect(m_resetButton, &QPushButton::clicked, this, &ResetPasswordDialog::onResetPasswordClicked);
@@ -116,7 +117,11 @@ ResetPasswordDialog::ResetPasswordDialog(QWidget *parent)
     connect(ThemeManager::instance(), &ThemeManager::themeChanged, this,
             &ResetPasswordDialog::onThemeChanged);
     onThemeChanged();
-    updateButtons();
+    // Also while a countdown runs, unlike at registration: a mistyped address costs no minute. That is meant.
+    const auto updateSendButton = [this] { m_sendCodeButton->setEnabled(!m_emailEdit->text().isEmpty()); };
+    connect(m_emailEdit, &QLineEdit::textChanged, this, updateSendButton);
+    updateSendButton();
+    updateResetButton();
     m_emailEdit->setFocus();
 }
 
@@ -139,17 +144,16 @@ void ResetPasswordDialog::setEmail(const QString &email)
         m_sendCodeButton->setFocus();
 }
 
-void ResetPasswordDialog::updateButtons()
+void ResetPasswordDialog::updateResetButton()
 {
     const auto filled = [](const QLineEdit *edit) { return !edit->text().isEmpty(); };
     const QLineEdit *const fields[] = {m_emailEdit, m_codeEdit, m_newPasswordEdit, m_confirmPasswordEdit};
     m_resetButton->setEnabled(std::all_of(std::begin(fields), std::end(fields), filled));
-    m_sendCodeButton->setEnabled(filled(m_emailEdit) && !m_countdownTimer->isActive());
 }
 
 void ResetPasswordDialog::showError(const QString &text)
 {
-    QMessageBox::information(this, QStringLiteral("错误"), text);
+    QMessageBox::information(this, QStringLiteral("错误"), ServiceWords::asSent(text));
 }
 
 bool ResetPasswordDialog::requireAuthManager()
@@ -183,7 +187,7 @@ void ResetPasswordDialog::startCountdown()
     m_countdownSeconds = CodeCountdown::startSeconds;
     m_sendCodeButton->setText(CodeCountdown::waitingCaption(m_countdownSeconds));
     m_countdownTimer->start(CodeCountdown::tickMs);
-    updateButtons();
+    m_sendCodeButton->setEnabled(false);
 }
 
 void ResetPasswordDialog::endCountdown()
@@ -197,7 +201,7 @@ void ResetPasswordDialog::endCountdown()
 void ResetPasswordDialog::onEmailCodeSent(bool success, const QString &message)
 {
     if (success) {
-        QMessageBox::information(this, QStringLiteral("提示"), message);
+        QMessageBox::information(this, QStringLiteral("提示"), ServiceWords::asSent(message));
         m_codeEdit->setEnabled(true);
         m_codeEdit->setFocus();
         return;

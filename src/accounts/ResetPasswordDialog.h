@@ -34,7 +34,7 @@ private slots:
     void onThemeChanged();
 
 private:
-    void updateButtons();
+    void updateResetButton();
     void startCountdown();
     void endCountdown();
     void showError(const QString &text);

@@ -2,6 +2,7 @@
 
 #include "news/EmptyListHint.h"
 #include "news/KeywordRules.h"
+#include "newsclient/ServiceWords.h"
 #include "settings/InputField.h"
 
 #include <QAbstractButton>
@@ -508,9 +509,7 @@ void KeywordManagerDialog::onApiError(const QString &errorMessage)
         return;
     }
     // The service's words are shown as they are.
-    QMessageBox::warning(this, errorTitle,
-                         Qt::mightBeRichText(errorMessage) ? Qt::convertFromPlainText(errorMessage)
-                                                           : errorMessage);
+    QMessageBox::warning(this, errorTitle, ServiceWords::asSent(errorMessage));
 }
 
 void KeywordManagerDialog::onExportButtonClicked()
@@ -525,6 +524,8 @@ void KeywordManagerDialog::onExportButtonClicked()
         return;
     // Written beside the target and moved over it at the end: a full disk does not cost the old file.
     QSaveFile file(path);
+    // In a folder that takes no new file the old one may still be written to.
+    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
         QMessageBox::warning(this, errorTitle, QStringLiteral("无法创建文件"));
         return;

@@ -121,6 +121,7 @@ private slots:
     void addressGoesAlongToTheReset_data();
     void addressGoesAlongToTheReset();
     void answerToAClosedRegistrationIsStillTold();
+    void answerThatComesBehindASubDialogLeavesNoDeadButton();
     void supportDialogOpensForOneUse_data();
     void supportDialogOpensForOneUse();
 
@@ -617,7 +618,7 @@ void TestEnhancedLoginDialog::theEMailIsTheLoginName()
     const RawRequest request = m_server->requests().first();
     QCOMPARE(request.path(), QByteArray("/auth/login"));
     const QJsonObject body = bodyOf(request);
-    QCOMPARE(body.value(text("username")).toString(), address.trimmed());
+    QCOMPARE(body.value(text("username")), QJsonValue(address.trimmed()));
     QCOMPARE(body.value(text("password")).toString(), wire(text("  pass 12 ")));
     QCOMPARE(body.contains(text("email")), codeTravels);
     QCOMPARE(body.contains(text("verification_code")), codeTravels);
@@ -1065,6 +1066,25 @@ void TestEnhancedLoginDialog::answerToAClosedRegistrationIsStillTold()
     emit m_manager->registrationFinished(true, text("注册成功，请登录"));
     QCOMPARE(told(box), QStringList({text("成功"), text("注册成功，请登录")}));
     QCOMPARE(registered.count(), 1);
+}
+
+void TestEnhancedLoginDialog::answerThatComesBehindASubDialogLeavesNoDeadButton()
+{
+    m_server->setAnswer(RawAnswer::hang());
+    QVERIFY(opens(*m_dialog));
+    WindowInput::fill(field("emailEdit"), email);
+    WindowInput::click(push("sendCodeButton"));
+    QVERIFY(!push("sendCodeButton")->isEnabled());
+    std::unique_ptr<BoxAnswer> box;
+    const DialogVisit visit(text("用户注册"), [&](QDialog &dialog) {
+        box = std::make_unique<BoxAnswer>(ok());
+        emit m_manager->verificationCodeSent(false, text("发送过于频繁"));
+        WindowInput::press(&dialog, Qt::Key_Escape);
+    });
+    WindowInput::click(push("registerButton"));
+    QVERIFY(visit.ended());
+    QVERIFY(push("sendCodeButton")->isEnabled());
+    QCOMPARE(push("sendCodeButton")->text(), text("发送验证码"));
 }
 
 void TestEnhancedLoginDialog::supportDialogOpensForOneUse_data()

@@ -33,6 +33,7 @@ private slots:
     void dialogIsLeftWithoutAChoice_data();
     void dialogIsLeftWithoutAChoice();
     void choiceIsKeptAndNotStored();
+    void enterGoesOnAlsoAfterACancelledVisit();
     void followsTheSkin();
 
 private:
@@ -229,6 +230,24 @@ void TestLoginMethodDialog::choiceIsKeptAndNotStored()
     QVERIFY(opens(*m_dialog));
     QVERIFY(m_dialog->findChild<QButtonGroup *>()->button(2)->isChecked());
     QCOMPARE(m_dialog->selectedMethod(), 2);
+}
+
+void TestLoginMethodDialog::enterGoesOnAlsoAfterACancelledVisit()
+{
+    QVERIFY(opens(*m_dialog));
+    const QList<QPushButton *> buttons = m_dialog->findChildren<QPushButton *>();
+    const auto cancel = std::find_if(buttons.begin(), buttons.end(), [](const QPushButton *button) {
+        return button->text() == text("取消");
+    });
+    QVERIFY(cancel != buttons.end());
+    QSignalSpy rejected(m_dialog.get(), &QDialog::rejected);
+    QSignalSpy accepted(m_dialog.get(), &QDialog::accepted);
+    WindowInput::click(*cancel);
+    QCOMPARE(rejected.count(), 1);
+    QVERIFY(opens(*m_dialog));
+    WindowInput::press(m_dialog.get(), Qt::Key_Return);
+    QCOMPARE(accepted.count(), 1);
+    QCOMPARE(rejected.count(), 1);
 }
 
 void TestLoginMethodDialog::followsTheSkin()

@@ -13,6 +13,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPushButton>
+#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QtTest>
@@ -69,6 +70,8 @@ private slots:
     void sentCodeIsToldAndItsFieldTakesTheFocus();
     void refusedCodeEndsTheCountdownAtOnce();
     void requestThatCannotBeSentEndsTheCountdownToo();
+    void anotherAddressCanBeTriedDuringTheCountdown();
+    void wordsOfTheServiceAreNoMarkup();
     void countdownEndsAfterAMinute();
 
     void leadingBlanksOfThePasswordAreLost();
@@ -470,6 +473,37 @@ void TestResetPasswordDialog::requestThatCannotBeSentEndsTheCountdownToo()
     QVERIFY(!countdown()->isActive());
     QVERIFY(push("sendCodeButton")->isEnabled());
     QCOMPARE(push("sendCodeButton")->text(), text("发送验证码"));
+}
+
+void TestResetPasswordDialog::anotherAddressCanBeTriedDuringTheCountdown()
+{
+    m_server->setAnswer(RawAnswer::hang());
+    QVERIFY(opens(*m_dialog));
+    WindowInput::fill(field("emailEdit"), text("mistyped@larkspire.example"));
+    WindowInput::click(push("sendCodeButton"));
+    QVERIFY(!push("sendCodeButton")->isEnabled());
+    WindowInput::fill(field("newPasswordEdit"), text("morning1"));
+    QVERIFY2(!push("sendCodeButton")->isEnabled(), "only the address counts");
+    WindowInput::fill(field("emailEdit"), email);
+    QVERIFY(push("sendCodeButton")->isEnabled());
+    QVERIFY(countdown()->isActive());
+    WindowInput::click(push("sendCodeButton"));
+    QVERIFY(!push("sendCodeButton")->isEnabled());
+    QCOMPARE(push("sendCodeButton")->text(), text("重新发送(60)"));
+    QVERIFY(m_server->waitForRequests(2));
+    QCOMPARE(bodyOf(m_server->requests().last()).value(text("email")).toString(), email);
+}
+
+void TestResetPasswordDialog::wordsOfTheServiceAreNoMarkup()
+{
+    const QString words = text("<b>未注册</b> & 其他");
+    m_server->setAnswer(refusal(words));
+    QVERIFY(opens(*m_dialog));
+    WindowInput::fill(field("emailEdit"), email);
+    const BoxAnswer box(ok());
+    WindowInput::click(push("sendCodeButton"));
+    QTRY_VERIFY(box.shown());
+    QCOMPARE(QTextDocumentFragment::fromHtml(box.text()).toPlainText(), text("发送验证码失败：") + words);
 }
 
 void TestResetPasswordDialog::countdownEndsAfterAMinute()

@@ -126,6 +126,7 @@ private slots:
     void editWithoutAChangeAsksForNothing();
     void faultyEditIsRefused_data();
     void faultyEditIsRefused();
+    void editUnderAFilterKnowsOnlyTheRowsShown();
     void refusedEditIsToldInTheServicesWords();
 
     void deleteWithoutARowSaysSo();
@@ -133,6 +134,8 @@ private slots:
     void deleteAsksFirstAndNoIsTheDefault();
     void confirmedDeleteTakesTheKeywordAway_data();
     void confirmedDeleteTakesTheKeywordAway();
+    void errorInOtherLettersIsToldAsItIs_data();
+    void errorInOtherLettersIsToldAsItIs();
     void refusedDeleteIsToldInPlainWords_data();
     void refusedDeleteIsToldInPlainWords();
     void deleteRepliesOfOthers();
@@ -785,6 +788,30 @@ void TestKeywordManagerDialog::faultyEditIsRefused()
     QVERIFY(texts().contains(QStringLiteral("降准")));
 }
 
+void TestKeywordManagerDialog::editUnderAFilterKnowsOnlyTheRowsShown()
+{
+    openOnTheService();
+    WindowInput::type(m_dialog.get(), QStringLiteral("降"));
+    clickRow(QStringLiteral("降准"));
+    // Hidden by the filter: the dialog lets it pass, and the service has the last word.
+    const BoxAnswer answer(ok);
+    const DialogVisit editing(editTitle, [](QDialog &dialog) {
+        WindowInput::fill(dialog.findChild<QLineEdit *>(), QStringLiteral("回购"));
+        WindowInput::press(&dialog, Qt::Key_Return);
+    });
+    WindowInput::click(button("editButton"));
+    QVERIFY(editing.ended());
+    QTRY_VERIFY(answer.shown());
+    QCOMPARE(answer.title(), QStringLiteral("错误"));
+    QCOMPARE(m_service->requests().size(), 1);
+    QVERIFY(m_service->requests()
+                .first()
+                .toObject()
+                .value(QLatin1String("label"))
+                .toString()
+                .startsWith(QLatin1String("PUT ")));
+}
+
 void TestKeywordManagerDialog::refusedEditIsToldInTheServicesWords()
 {
     openOnTheService();
@@ -873,6 +900,27 @@ void TestKeywordManagerDialog::confirmedDeleteTakesTheKeywordAway()
     // From the whole list as well: it does not come back with the next filter.
     WindowInput::fill(field(), QStringLiteral("回"));
     QVERIFY(texts().isEmpty());
+}
+
+void TestKeywordManagerDialog::errorInOtherLettersIsToldAsItIs_data()
+{
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<bool>("known");
+    QTest::newRow("the system's own") << QStringLiteral("keyword NOT FOUND") << true;
+    QTest::newRow("first letters") << QStringLiteral("keyword Not Found") << false;
+    QTest::newRow("small letters") << QStringLiteral("keyword not found") << false;
+}
+
+void TestKeywordManagerDialog::errorInOtherLettersIsToldAsItIs()
+{
+    QFETCH(QString, words);
+    QFETCH(bool, known);
+    openOnTheService();
+    const BoxAnswer answer(ok);
+    emit m_client->errorOccurred(words);
+    QTRY_VERIFY(answer.shown());
+    QCOMPARE(answer.title(), known ? QStringLiteral("提示") : QStringLiteral("错误"));
+    QCOMPARE(answer.text() == words, !known);
 }
 
 void TestKeywordManagerDialog::refusedDeleteIsToldInPlainWords_data()
