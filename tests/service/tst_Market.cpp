@@ -288,11 +288,11 @@ void MarketTest::manyThreadsSeeOneMarket()
     const Market quiet(3);
     std::vector<std::thread> threads;
     std::vector<std::int64_t> closes(8, 0);
-    for (std::size_t i = 0; i < closes.size(); ++i) {
-        threads.emplace_back([&, i] {
+    for (std::int64_t &sum : closes) {
+        threads.emplace_back([&market, &sum] {
             for (Day day = thursday; day < thursday + 12; ++day) {
                 for (const char *code : {"600519", "000001", "300750"})
-                    closes[i] += market.history(*findStock(code), day)->back().close;
+                    sum += market.history(*findStock(code), day)->back().close;
             }
         });
     }

@@ -407,7 +407,7 @@ void ServiceStocksTest::conceptsAreToldWhole()
 {
     const QJsonArray list =
         get("/stockhelper/theme_stocks?code=002812").object.value(QLatin1String("data")).toArray();
-    QVERIFY(list.size() >= 1);
+    QVERIFY(!list.isEmpty());
     QCOMPARE(textAt(list.first().toObject(), "sector_name"), QStringLiteral("固态电池"));
     QCOMPARE(textAt(list.first().toObject(), "sector_code"), QStringLiteral("LC0005"));
     QSet<QString> names;
