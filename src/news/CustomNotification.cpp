@@ -16,6 +16,10 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QScreen>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextLayout>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -58,6 +62,28 @@ protected:
         event->ignore();
     }
 };
+
+/// Gives the label's lines the height that makes them fill `height` pixels. A label that lets its text be
+/// selected spaces them wider than the font metrics do where a fallback font with tall lines draws them; the
+/// last lines of a long text would not be seen.
+void fitLines(QLabel *label, int height)
+{
+    // The text is laid out on the first question for its size.
+    const int wanted = label->heightForWidth(label->width());
+    auto *document = label->findChild<QTextDocument *>();
+    if (document == nullptr || wanted <= height)
+        return;
+    int lines = 0;
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        lines += block.layout()->lineCount();
+    if (lines == 0)
+        return;
+    QTextBlockFormat format;
+    format.setLineHeight(qreal(height) / lines, QTextBlockFormat::FixedHeight);
+    QTextCursor cursor(document);
+    cursor.select(QTextCursor::Document);
+    cursor.mergeBlockFormat(format);
+}
 
 } // namespace
 
@@ -175,6 +201,7 @@ void CustomNotification::showNotification(const QString &title, const QString &m
     setMaximumSize(NotificationPlacing::cardWidth, heights.card);
     m_messageLabel->setMinimumHeight(heights.message);
     m_messageLabel->setMaximumHeight(heights.message);
+    fitLines(m_messageLabel, text.height());
     if (cornersNeedMask())
         setMask(roundedMask(size()));
 

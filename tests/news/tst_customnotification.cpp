@@ -256,7 +256,8 @@ private slots:
         const int given = m_message->height();
         m_message->setMinimumHeight(0);
         m_message->setMaximumHeight(QWIDGETSIZE_MAX);
-        QVERIFY2(m_message->heightForWidth(610) <= given, qPrintable(QString::number(given)));
+        QVERIFY2(m_message->heightForWidth(610) <= given,
+                 qPrintable(QStringLiteral("%1 of %2").arg(given).arg(m_message->heightForWidth(610))));
     }
 
     void aVeryLongTextStopsAt800()
