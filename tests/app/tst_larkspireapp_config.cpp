@@ -9,6 +9,7 @@
 #include "settings/AppConfig.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "stockviews/MarketStatisticsWidget.h"
 #include "support/BoxAnswer.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
@@ -36,6 +37,7 @@
 #include <QStandardPaths>
 #include <QStyleFactory>
 #include <QTabWidget>
+#include <QTimer>
 #include <QtTest>
 
 #include <functional>
@@ -110,6 +112,12 @@ private slots:
     void notificationPositionIsLive();
     void serverAndKeyAreLive();
     void timeLimitIsLive();
+    void sizesOfTheStockPageAreLive_data();
+    void sizesOfTheStockPageAreLive();
+    void sizesOfTheMarketPageAreLive_data();
+    void sizesOfTheMarketPageAreLive();
+    void marketIntervalIsLive();
+    void marketPageFollowsToAnotherServer();
     void settingsThatPagesReadAreStored_data();
     void settingsThatPagesReadAreStored();
     void volumeAndTopMostStayAsTheyAre();
@@ -366,6 +374,88 @@ void TestLarkspireAppConfig::timeLimitIsLive()
     clock.start();
     QVERIFY(failed.wait(8000));
     QVERIFY2(clock.elapsed() > 4500, qPrintable(QString::number(clock.elapsed())));
+}
+
+void TestLarkspireAppConfig::sizesOfTheStockPageAreLive_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("label");
+    QTest::newRow("name") << "stockCodeNameFontSizeSpinBox"
+                          << "companyNameLabel";
+    QTest::newRow("basic information") << "basicInfoFontSizeSpinBox"
+                                       << "regionLabel";
+    QTest::newRow("history") << "historyStatsFontSizeSpinBox"
+                             << "recentLimitUpValueLabel";
+    QTest::newRow("opening") << "openingMarketFontSizeSpinBox"
+                             << "ma5StatusLabel";
+}
+
+void TestLarkspireAppConfig::sizesOfTheStockPageAreLive()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, label);
+    child<QTabWidget>("mainTabWidget")->setCurrentWidget(child<QWidget>("stockAnalysisPage"));
+    const auto *shown = child<QLabel>(qPrintable(label));
+    QVERIFY(shown->isVisible());
+    const auto resized = [&](int points) {
+        change([&](QDialog &dialog) { number(dialog, qPrintable(box), points); });
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        return shown->height();
+    };
+    const int small = resized(8);
+    const int large = resized(24);
+    QVERIFY2(large >= small + 10, qPrintable(QStringLiteral("%1 and %2").arg(small).arg(large)));
+    QCOMPARE(resized(8), small);
+}
+
+void TestLarkspireAppConfig::sizesOfTheMarketPageAreLive_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("widget");
+    QTest::newRow("titles") << "marketTitleFontSizeSpinBox"
+                            << "boardRankingTitleLabel";
+    QTest::newRow("captions") << "marketLabelFontSizeSpinBox"
+                              << "riseCountLabel";
+    QTest::newRow("values") << "marketValueFontSizeSpinBox"
+                            << "riseCountValue";
+    QTest::newRow("ranking") << "marketBoardRankingFontSizeSpinBox"
+                             << "boardRankingTable";
+}
+
+void TestLarkspireAppConfig::sizesOfTheMarketPageAreLive()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, widget);
+    auto *page = m_window->findChild<MarketStatisticsWidget *>();
+    const auto *shown = page->findChild<QWidget *>(widget);
+    QVERIFY(shown);
+    for (const int points : {11, 23}) {
+        change([&](QDialog &dialog) { number(dialog, qPrintable(box), points); });
+        QCOMPARE(shown->font().pointSize(), points);
+    }
+}
+
+void TestLarkspireAppConfig::marketIntervalIsLive()
+{
+    change([](QDialog &dialog) { number(dialog, "marketRefreshIntervalSpinBox", 55); });
+    QList<int> intervals;
+    const QList<QTimer *> timers = m_window->findChild<MarketStatisticsWidget *>()->findChildren<QTimer *>();
+    for (const QTimer *timer : timers) {
+        if (timer->isActive())
+            intervals.append(timer->interval());
+    }
+    QVERIFY(intervals.contains(55000));
+}
+
+void TestLarkspireAppConfig::marketPageFollowsToAnotherServer()
+{
+    ScriptedService other;
+    change([&other](QDialog &dialog) {
+        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
+        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), other.url());
+    });
+    child<QTabWidget>("mainTabWidget")->setCurrentWidget(child<QWidget>("marketStatisticsPage"));
+    QTRY_VERIFY(other.requestCount("market/statistics") > 0);
 }
 
 void TestLarkspireAppConfig::settingsThatPagesReadAreStored_data()
