@@ -45,7 +45,11 @@ void LarkspireApp::rereadConfig()
 
 void LarkspireApp::tellPagesOfSettings(bool otherService)
 {
-    if (m_stockAnalysisWidget)
-        m_stockAnalysisWidget->reloadSettings();
+    // Brings the shared address of the service up to date as well.
     adoptMarketSettings(otherService);
+    if (!m_stockAnalysisWidget)
+        return;
+    if (otherService)
+        m_stockAnalysisWidget->useConfiguredService();
+    m_stockAnalysisWidget->reloadSettings();
 }

@@ -106,12 +106,8 @@ StockAnalysisWidget::~StockAnalysisWidget()
     delete m_processUtils;
 }
 
-void StockAnalysisWidget::setupConnections()
+void StockAnalysisWidget::connectClient()
 {
-    connect(m_refreshTimer, &QTimer::timeout, this,
-            QOverload<>::of(&StockAnalysisWidget::onStockCodeChanged));
-    connect(m_popupHideTimer, &QTimer::timeout, m_limitUpPopup, &LimitUpPopup::hide);
-
     connect(m_apiClient, &StockApiClient::stockInfoReceived, this, &StockAnalysisWidget::onStockInfoReceived);
     connect(m_apiClient, &StockApiClient::limitStatsReceived, this,
             &StockAnalysisWidget::onLimitStatsReceived);
@@ -121,6 +117,27 @@ void StockAnalysisWidget::setupConnections()
             &StockAnalysisWidget::onLimitUpDetailInfoReceived);
     connect(m_apiClient, &StockApiClient::queryError, this,
             QOverload<const QString &, const QString &>::of(&StockAnalysisWidget::onQueryError));
+}
+
+void StockAnalysisWidget::useConfiguredService()
+{
+    const bool loadingOffset = static_cast<bool>(m_configReceived);
+    // What the old one has under way is about a service that is no longer meant.
+    dropConfigConnections();
+    delete m_apiClient;
+    m_apiClient = new StockApiClient(this);
+    connectClient();
+    if (loadingOffset)
+        loadOffset();
+}
+
+void StockAnalysisWidget::setupConnections()
+{
+    connect(m_refreshTimer, &QTimer::timeout, this,
+            QOverload<>::of(&StockAnalysisWidget::onStockCodeChanged));
+    connect(m_popupHideTimer, &QTimer::timeout, m_limitUpPopup, &LimitUpPopup::hide);
+
+    connectClient();
 
     connect(m_ui->settingsButton, &QPushButton::clicked, this, &StockAnalysisWidget::onSettingsButtonClicked);
     connect(m_ui->currentSoftwareButton, &QPushButton::clicked, this,

@@ -69,6 +69,8 @@ public:
     void setSpeechManager(SpeechManager *speechManager);
     /// Takes over changed sizes, colours and hot keys.
     void reloadSettings();
+    /// Goes to the service that the configuration names now; answers of the old one are not waited for.
+    void useConfiguredService();
 
     bool isMonitoring() const { return m_isMonitoring; }
     QString currentStockCode() const { return m_currentStockCode; }
@@ -122,6 +124,7 @@ protected:
 private:
     // Controls.
     void setupConnections();
+    void connectClient();
     void readState();
     void showStatus(const QString &text, const QString &style = QString());
     QString successStyle() const;

@@ -9,7 +9,9 @@
 #include "settings/AppConfig.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "stockclient/StockApiConfig.h"
 #include "stockviews/MarketStatisticsWidget.h"
+#include "stockviews/StockAnalysisWidget.h"
 #include "support/BoxAnswer.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
@@ -118,6 +120,8 @@ private slots:
     void sizesOfTheMarketPageAreLive();
     void marketIntervalIsLive();
     void marketPageFollowsToAnotherServer();
+    void stockPageFollowsToAnotherServer();
+    void stockPageAsksTheOtherServerAnew();
     void settingsThatPagesReadAreStored_data();
     void settingsThatPagesReadAreStored();
     void volumeAndTopMostStayAsTheyAre();
@@ -139,6 +143,8 @@ private:
     {
         return m_window->findChild<Kind *>(QLatin1String(name));
     }
+    /// Empties the offsets of the trading programs, so that the stock page asks for them.
+    static void forgetOffsets();
     /// A news item with a keyword arrives.
     void announce(const QString &id);
     CustomNotification *card() const { return m_window->findChild<CustomNotification *>(); }
@@ -160,6 +166,9 @@ void TestLarkspireAppConfig::init()
     m_service = std::make_unique<ScriptedService>();
     storeSession(m_service->url());
     ConfigManager::instance()->setApiKey(QStringLiteral("old-key"));
+    // It lives on from one test to the next.
+    StockApiConfig::instance()->refreshFromSettings();
+    StockApiConfig::instance()->setTdxOffset(QString());
     m_window = std::make_unique<LarkspireApp>();
     QTRY_VERIFY(m_window->findChild<AuthManager *>()->isAuthenticated());
     m_window->show();
@@ -182,6 +191,12 @@ void TestLarkspireAppConfig::change(const std::function<void(QDialog &)> &edit)
     });
     child<QAction>("actionConfig")->trigger();
     QVERIFY(visit.ended());
+}
+
+void TestLarkspireAppConfig::forgetOffsets()
+{
+    StockApiConfig::instance()->setTdxOffset(QString());
+    StockApiConfig::instance()->setThsOffset(QString());
 }
 
 void TestLarkspireAppConfig::announce(const QString &id)
@@ -456,6 +471,44 @@ void TestLarkspireAppConfig::marketPageFollowsToAnotherServer()
     });
     child<QTabWidget>("mainTabWidget")->setCurrentWidget(child<QWidget>("marketStatisticsPage"));
     QTRY_VERIFY(other.requestCount("market/statistics") > 0);
+}
+
+void TestLarkspireAppConfig::stockPageFollowsToAnotherServer()
+{
+    ScriptedService other;
+    change([&other](QDialog &dialog) {
+        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
+        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), other.url());
+    });
+    forgetOffsets();
+    auto *page = m_window->findChild<StockAnalysisWidget *>();
+    auto *autoRefresh = page->findChild<QCheckBox *>(QStringLiteral("autoRefreshCheckBox"));
+    autoRefresh->click();
+    QTRY_VERIFY(page->isMonitoring());
+    QCOMPARE(other.requestCount("stockhelper/config"), 1);
+    autoRefresh->click();
+}
+
+void TestLarkspireAppConfig::stockPageAsksTheOtherServerAnew()
+{
+    forgetOffsets();
+    m_service->server().setHandler({});
+    m_service->server().setAnswer(RawAnswer::hang());
+    auto *page = m_window->findChild<StockAnalysisWidget *>();
+    auto *autoRefresh = page->findChild<QCheckBox *>(QStringLiteral("autoRefreshCheckBox"));
+    const int before = m_service->requestCount("stockhelper/config");
+    autoRefresh->click();
+    QTRY_VERIFY(m_service->requestCount("stockhelper/config") > before);
+    QVERIFY(!page->isMonitoring());
+    ScriptedService other;
+    ConfigManager::instance()->setApiServerUrl(other.url());
+    StockApiConfig::instance()->refreshFromSettings();
+    StockApiConfig::instance()->setTdxOffset(QString());
+    StockApiConfig::instance()->setThsOffset(QString());
+    page->useConfiguredService();
+    QTRY_VERIFY(page->isMonitoring());
+    QCOMPARE(other.requestCount("stockhelper/config"), 1);
+    autoRefresh->click();
 }
 
 void TestLarkspireAppConfig::settingsThatPagesReadAreStored_data()
