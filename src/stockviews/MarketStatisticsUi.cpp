@@ -182,30 +182,34 @@ void MarketStatisticsUi::buildRanking(QWidget *page)
 void MarketStatisticsUi::setFontSizes(int captionSize, int valueSize, int titleSize)
 {
     const QFont captionFont = sized(captionSize);
-    int captionWidth = 0;
+    int leftWidth = 0;
+    int rightWidth = 0;
     for (QLabel *caption : qAsConst(captions)) {
         caption->setFont(captionFont);
-        captionWidth = qMax(captionWidth, caption->sizeHint().width());
+        int &columnWidth = caption->contentsMargins().left() > 0 ? rightWidth : leftWidth;
+        columnWidth = qMax(columnWidth, caption->sizeHint().width());
     }
     // Captions and values of the two grids stand below each other.
     for (QGridLayout *grid : {marketStatsLayout, boardStatsLayout}) {
-        grid->setColumnMinimumWidth(0, captionWidth);
-        grid->setColumnMinimumWidth(2, captionWidth);
+        grid->setColumnMinimumWidth(0, leftWidth);
+        grid->setColumnMinimumWidth(2, rightWidth);
     }
 
     const QFontMetrics widest(sized(valueSize, QFont::Bold));
     const int width = qMax(widest.horizontalAdvance(QStringLiteral("-88.88%")),
                            widest.horizontalAdvance(QStringLiteral("100.00%")));
-    // A label on a ground indents its text by half an x.
-    const QSize room(width + GroundWidth + widest.horizontalAdvance(QLatin1Char('x')) / 2,
-                     widest.height() + GroundHeight);
+    const int height = widest.height() + GroundHeight;
     const QFont valueFont = sized(valueSize);
     for (QLabel *value : qAsConst(values)) {
         // A style sheet's font would outlive the one that is set.
         value->setStyleSheet(QString());
         value->setFont(valueFont);
-        value->setMinimumSize(room);
+        value->setMinimumSize(width, height);
     }
+    // The one on a ground: such a label also indents its text by half an x.
+    const int onGround = width + GroundWidth + widest.horizontalAdvance(QLatin1Char('x')) / 2;
+    marketStatsLayout->setColumnMinimumWidth(3, onGround);
+    boardStatsLayout->setColumnMinimumWidth(3, onGround);
 
     const QFont timeFont = sized(titleSize);
     boardRankingTitleLabel->setFont(sized(titleSize, QFont::Bold));
