@@ -54,6 +54,8 @@ function(larkspire_test name)
   cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES;WINE" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
+  # What is tested is optimised; optimising the test itself only lengthens the build.
+  target_compile_options(${name} PRIVATE -O0)
   set(around)
   set(platform offscreen)
   if(ARG_DISPLAY)

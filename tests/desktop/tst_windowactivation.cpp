@@ -228,6 +228,8 @@ private slots:
         QTRY_VERIFY(m_window->isMaximized());
         m_window->setWindowState(m_window->windowState() | Qt::WindowMinimized);
         QTRY_VERIFY(isIconicForTheWindowManager());
+        // Qt's own connection has not heard of it yet; what it hears late it takes for a new change.
+        QGuiApplication::sync();
         WindowActivation::bringToFrontNatively(m_window.get());
         verifyInFront();
         QTRY_VERIFY(m_window->isMaximized());
