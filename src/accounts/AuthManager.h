@@ -1,6 +1,7 @@
 #pragma once
 
 #include "accounts/AuthTypes.h"
+#include "settings/ProgramVersion.h"
 
 #include <QDateTime>
 #include <QJsonObject>
@@ -134,7 +135,7 @@ private:
     const QString m_deviceName;
     const QString m_deviceType;
     const QString m_osInfo;
-    const QString m_appVersion = QStringLiteral("2.0.1");
+    const QString m_appVersion = ProgramVersion::text();
     QString m_serverUrl; ///< as it was when the credentials were loaded; never refreshed, on purpose
     int m_timeoutSeconds = 30;
     int m_sessionTimeoutHours = 24;

@@ -19,6 +19,7 @@
 #include "newsclient/ApiClient.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "settings/ProgramVersion.h"
 #include "settings/ThemeManager.h"
 #include "stockviews/MarketStatisticsWidget.h"
 #include "stockviews/StockAnalysisWidget.h"
@@ -340,7 +341,7 @@ void LarkspireApp::applyConfig(bool showWindow)
             m_apiClient->setApiKey(m_config.apiKey);
         m_apiClient->setDeviceInfo(DeviceIdentity::deviceId(), DeviceIdentity::deviceName(),
                                    DeviceIdentity::deviceType(), DeviceIdentity::osInfo(),
-                                   QStringLiteral("2.0.1"));
+                                   ProgramVersion::text());
     }
     m_refreshTimer->setInterval(effectiveRefreshInterval(m_config.refreshInterval) * 1000);
     if (m_customNotification)

@@ -7,6 +7,7 @@
 #include "desktop/WindowActivation.h"
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
+#include "settings/ProgramVersion.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -323,7 +324,7 @@ void LarkspireApp::onAboutClicked()
 
 void LarkspireApp::showAboutDialog()
 {
-    const QString text = QStringLiteral("云雀资讯 v2.0.1\n"
+    const QString text = QStringLiteral("云雀资讯 v%1\n"
                                         "\n"
                                         "功能特性：\n"
                                         "• 实时获取财经新闻\n"
@@ -335,7 +336,8 @@ void LarkspireApp::showAboutDialog()
                                         "• 黑名单风控管理\n"
                                         "• 通⮂同多屏同步联动\n"
                                         "\n"
-                                        "Fernhollow 云雀工坊");
+                                        "Fernhollow 云雀工坊")
+                             .arg(ProgramVersion::text());
     QMessageBox::about(this, QStringLiteral("关于"), text);
 }
 

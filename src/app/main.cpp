@@ -5,6 +5,7 @@
 #include "desktop/TerminationSignals.h"
 #include "newsclient/NewsRecords.h"
 #include "resources/LarkspireResources.h"
+#include "settings/ProgramVersion.h"
 
 #include <QIcon>
 #include <QLocale>
@@ -36,7 +37,7 @@ int main(int argc, char *argv[])
 
     QCoreApplication::setApplicationName(QStringLiteral("Larkspire"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("云雀资讯"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("2.0.1"));
+    QCoreApplication::setApplicationVersion(ProgramVersion::text());
     QCoreApplication::setOrganizationName(QStringLiteral("Fernhollow"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("larkspire.example"));
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));

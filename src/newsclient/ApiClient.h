@@ -1,6 +1,7 @@
 #pragma once
 
 #include "newsclient/NewsRecords.h"
+#include "settings/ProgramVersion.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
@@ -103,7 +104,7 @@ public slots:
     /// sessionTokenUpdated ahead of it when the reply brings a token.
     void loginUser(const QString &username, const QString &password, const QString &deviceName = QString(),
                    const QString &deviceType = QStringLiteral("desktop"), const QString &osInfo = QString(),
-                   const QString &appVersion = QStringLiteral("2.0.1"));
+                   const QString &appVersion = ProgramVersion::text());
     /// Sets a new password: passwordResetCompleted.
     void resetPassword(const QString &email, const QString &verificationCode, const QString &newPassword);
     /// Drops the session token and identifies anew by key and device: apiConnectionTestResult, with
@@ -196,7 +197,7 @@ private:
     QString m_deviceName;
     QString m_deviceType = QStringLiteral("desktop");
     QString m_osInfo;
-    QString m_appVersion = QStringLiteral("2.0.1");
+    QString m_appVersion = ProgramVersion::text();
     QString m_sessionToken;
     int m_timeoutMs = 10000;
     QTimer *m_timeoutTimer;

@@ -4,6 +4,7 @@
 #include "settings/ConfigDialogRules.h"
 #include "settings/ConfigManager.h"
 #include "settings/InputField.h"
+#include "settings/ProgramVersion.h"
 #include "settings/ServiceProbe.h"
 #include "settings/SettingsTable.h"
 #include "settings/SkinLightness.h"
@@ -726,7 +727,7 @@ void ConfigDialog::onTestApiKeyClicked()
                 request.setRawHeader("X-Device-Name", DeviceIdentity::deviceName().toUtf8());
                 request.setRawHeader("X-Device-Type", DeviceIdentity::deviceType().toUtf8());
                 request.setRawHeader("X-OS-Info", DeviceIdentity::osInfo().toUtf8());
-                request.setRawHeader("X-App-Version", "2.0.1");
+                request.setRawHeader("X-App-Version", ProgramVersion::text().toUtf8());
             });
     if (!answer)
         return;

@@ -4,6 +4,7 @@
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
+#include "settings/ProgramVersion.h"
 #include "stockclient/StockApiConfig.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
@@ -124,7 +125,7 @@ void TestLarkspireAppAccount::keyOfTheLoginIsStoredAndUsed()
     const RawRequest second = m_service->lastRequest("newsapi/health");
     QCOMPARE(second.header("X-API-Key"), QByteArray("key-of-the-service"));
     QCOMPARE(second.header("X-Device-ID").size(), 32);
-    QCOMPARE(second.header("X-App-Version"), QByteArray("2.0.1"));
+    QCOMPARE(second.header("X-App-Version"), ProgramVersion::text().toUtf8());
 }
 
 void TestLarkspireAppAccount::loginTakesOverTheLinkageOfTheAccount()

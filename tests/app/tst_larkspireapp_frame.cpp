@@ -5,6 +5,7 @@
 #include "newsclient/ApiClient.h"
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
+#include "settings/ProgramVersion.h"
 #include "support/BoxAnswer.h"
 #include "support/IsolatedHome.h"
 #include "support/LogCapture.h"
@@ -719,11 +720,11 @@ void TestLarkspireAppFrame::aboutBoxNamesTheFeatures()
     const QStringList lines = box.text().split(QLatin1Char('\n'));
     QCOMPARE(lines.size(), 13);
     QCOMPARE(lines.mid(0, 12),
-             (QStringList{QStringLiteral("云雀资讯 v2.0.1"), QString(), QStringLiteral("功能特性："),
-                          QStringLiteral("• 实时获取财经新闻"), QStringLiteral("• 语音播报实时新闻"),
-                          QStringLiteral("• 关键词过滤和提醒"), QStringLiteral("• 行情实时数据统计"),
-                          QStringLiteral("• 股票历史涨停分析"), QStringLiteral("• 股票关联概念题材"),
-                          QStringLiteral("• 黑名单风控管理"),
+             (QStringList{QStringLiteral("云雀资讯 v%1").arg(ProgramVersion::text()), QString(),
+                          QStringLiteral("功能特性："), QStringLiteral("• 实时获取财经新闻"),
+                          QStringLiteral("• 语音播报实时新闻"), QStringLiteral("• 关键词过滤和提醒"),
+                          QStringLiteral("• 行情实时数据统计"), QStringLiteral("• 股票历史涨停分析"),
+                          QStringLiteral("• 股票关联概念题材"), QStringLiteral("• 黑名单风控管理"),
                           QStringLiteral("• 通⮂同多屏同步联动"), QString()}));
     QVERIFY(lines.last().contains(QStringLiteral("云雀工坊")));
 }

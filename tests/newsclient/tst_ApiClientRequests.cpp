@@ -1,6 +1,7 @@
 #include "newsclient/ApiClient.h"
 #include "newsclient/ApiClientPeer.h"
 #include "newsclient/NewsSignalLog.h"
+#include "settings/ProgramVersion.h"
 #include "support/IsolatedHome.h"
 #include "support/RawHttpServer.h"
 
@@ -167,8 +168,9 @@ void TestApiClientRequests::everyOperationSendsItsMethodPathAndBody_data()
     row(
         "loginUser by default", [](ApiClient &c) { c.loginUser(text("li"), text("secret")); },
         "POST /auth/login",
-        "{\n    \"app_version\": \"2.0.1\",\n    \"device_name\": \"\",\n    \"device_type\": \"desktop\",\n"
-        "    \"os_info\": \"\",\n    \"password\": \"secret\",\n    \"username\": \"li\"\n}\n");
+        "{\n    \"app_version\": \"" + ProgramVersion::text().toUtf8() +
+            "\",\n    \"device_name\": \"\",\n    \"device_type\": \"desktop\",\n"
+            "    \"os_info\": \"\",\n    \"password\": \"secret\",\n    \"username\": \"li\"\n}\n");
     row(
         "loginUser",
         [](ApiClient &c) {

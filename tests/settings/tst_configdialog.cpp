@@ -3,6 +3,7 @@
 #include "settings/ConfigDialog.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "settings/ProgramVersion.h"
 #include "support/BoxAnswer.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
@@ -775,7 +776,7 @@ void TestConfigDialog::keyTestIdentifiesItself()
     QCOMPARE(request.header("X-Device-Name"), DeviceIdentity::deviceName().toUtf8());
     QCOMPARE(request.header("X-Device-Type"), DeviceIdentity::deviceType().toUtf8());
     QCOMPARE(request.header("X-OS-Info"), DeviceIdentity::osInfo().toUtf8());
-    QCOMPARE(request.header("X-App-Version"), QByteArray("2.0.1"));
+    QCOMPARE(request.header("X-App-Version"), ProgramVersion::text().toUtf8());
     QVERIFY(!request.hasHeader("X-Session-Token"));
 }
 
