@@ -1,0 +1,138 @@
+#include "stockviews/FloatingPanel.h"
+
+#include "stockviews/PanelPlacement.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QVector>
+
+FloatingPanel::FloatingPanel(const QString &title, const PositionMemory &memory, QWidget *parent)
+    : QDialog(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
+    , m_memory(memory)
+    , m_layout(new QVBoxLayout(this))
+    , m_titleBar(new QWidget)
+{
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_StyledBackground);
+    setWindowTitle(title);
+
+    auto *titleLabel = new QLabel(title);
+    titleLabel->setObjectName(QStringLiteral("titleLabel"));
+    titleLabel->setStyleSheet(QStringLiteral("QLabel { font-size: 16px; font-weight: bold; color: white; }"));
+
+    auto *closeButton = new QPushButton(QStringLiteral("×"));
+    closeButton->setObjectName(QStringLiteral("closeButton"));
+    closeButton->setFixedSize(TitleBarHeight, TitleBarHeight);
+    closeButton->setAutoDefault(false);
+    closeButton->setFocusPolicy(Qt::NoFocus);
+    closeButton->setToolTip(QStringLiteral("关闭"));
+    closeButton->setAccessibleName(QStringLiteral("关闭"));
+    closeButton->setStyleSheet(
+        QStringLiteral("QPushButton { background-color: transparent; border: none; border-radius: 0px;"
+                       " padding: 0px; color: white; font-size: 20px; font-weight: bold; }"
+                       "QPushButton:hover { background-color: #e74c3c; }"
+                       "QPushButton:pressed { background-color: #c0392b; }"));
+    connect(closeButton, &QPushButton::clicked, this, &FloatingPanel::close);
+
+    m_titleBar->setObjectName(QStringLiteral("titleBar"));
+    m_titleBar->setFixedHeight(TitleBarHeight);
+    auto *titleLayout = new QHBoxLayout(m_titleBar);
+    titleLayout->setContentsMargins(10, 0, 10, 0);
+    titleLayout->addWidget(titleLabel, 1);
+    titleLayout->addWidget(closeButton);
+
+    // The margin is the room for the line around the panel.
+    m_layout->setContentsMargins(1, 1, 1, 1);
+    m_layout->setSpacing(0);
+    m_layout->addWidget(m_titleBar);
+
+    m_customPosition = m_memory.stored();
+    m_hasCustomPosition = PanelPlacement::isCustomPosition(m_customPosition);
+}
+
+void FloatingPanel::setPanelColor(const QString &color)
+{
+    setStyleSheet(
+        QStringLiteral("FloatingPanel { background-color: %1; border: 1px solid #34495e; }").arg(color));
+    m_titleBar->setStyleSheet(QStringLiteral("QWidget { background-color: %1; }").arg(color));
+}
+
+int FloatingPanel::frameHeight() const
+{
+    const QMargins margins = m_layout->contentsMargins();
+    return TitleBarHeight + margins.top() + margins.bottom();
+}
+
+QRect FloatingPanel::availableArea() const
+{
+    if (!m_hasCustomPosition) {
+        const QWidget *owner = parentWidget() ? parentWidget()->window() : this;
+        return owner->screen()->availableGeometry();
+    }
+    QVector<QRect> screens;
+    for (const QScreen *screen : QGuiApplication::screens())
+        screens.append(screen->availableGeometry());
+    return screens.at(PanelPlacement::screenOf(QRect(m_customPosition, size()), screens));
+}
+
+void FloatingPanel::updatePosition()
+{
+    if (m_isDragging)
+        return;
+    const QRect available = availableArea();
+    move(m_hasCustomPosition ? PanelPlacement::keptWithin(m_customPosition, size(), available)
+                             : defaultPosition(available));
+}
+
+void FloatingPanel::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !m_titleBar->geometry().contains(event->pos())) {
+        QDialog::mousePressEvent(event);
+        return;
+    }
+    m_isDragging = true;
+    m_dragPosition = event->globalPos() - pos();
+    event->accept();
+}
+
+void FloatingPanel::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_isDragging || !event->buttons().testFlag(Qt::LeftButton)) {
+        QDialog::mouseMoveEvent(event);
+        return;
+    }
+    move(event->globalPos() - m_dragPosition);
+    event->accept();
+}
+
+void FloatingPanel::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (!m_isDragging || event->button() != Qt::LeftButton) {
+        QDialog::mouseReleaseEvent(event);
+        return;
+    }
+    m_isDragging = false;
+    m_hasCustomPosition = true;
+    m_customPosition = pos();
+    m_memory.store(m_customPosition);
+    event->accept();
+}
+
+void FloatingPanel::showEvent(QShowEvent *event)
+{
+    // The screens may have changed since it was hidden.
+    updatePosition();
+    QDialog::showEvent(event);
+}
+
+void FloatingPanel::hideEvent(QHideEvent *event)
+{
+    // A hot key may close it under the mouse; no release comes then.
+    m_isDragging = false;
+    QDialog::hideEvent(event);
+}
