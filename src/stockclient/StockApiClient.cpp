@@ -9,16 +9,20 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int timeLimitMs = 10000;
 constexpr int firstClientErrorStatus = 400;
 constexpr int lastClientErrorStatus = 499;
+constexpr int connectionsPerService = 6; // of a network manager; further requests wait for one of these
 
 constexpr char requestTypeProperty[] = "requestType";
 constexpr char stockCodeProperty[] = "stockCode";
 constexpr char stockNameProperty[] = "stockName";
 constexpr char errorProcessedProperty[] = "errorProcessed";
+constexpr char overdueProperty[] = "overdue";
 
 QString notCreatedText()
 {
@@ -266,16 +270,33 @@ void StockApiClient::track(QNetworkReply *reply, const QString &requestType, con
         reply->setProperty(property.first, property.second);
     connect(reply, &QNetworkReply::finished, this, &StockApiClient::onNetworkReplyFinished);
     connect(reply, &QNetworkReply::errorOccurred, this, &StockApiClient::onNetworkError);
-    QTimer::singleShot(m_giveUpMs, reply, [this, reply] { giveUp(reply); });
+    QTimer::singleShot(m_overdueMs, reply, [this, reply] {
+        reply->setProperty(overdueProperty, true);
+        makeRoom();
+    });
+    makeRoom();
     m_timeoutTimer->start();
 }
 
 // Settling
 
+void StockApiClient::makeRoom()
+{
+    QList<QNetworkReply *> open = m_networkManager->findChildren<QNetworkReply *>(); // the oldest first
+    open.erase(std::remove_if(open.begin(), open.end(),
+                              [](const QNetworkReply *reply) { return reply->isFinished(); }),
+               open.end());
+    int surplus = open.size() - connectionsPerService;
+    for (QNetworkReply *reply : qAsConst(open)) {
+        if (surplus > 0 && reply->property(overdueProperty).toBool()) {
+            giveUp(reply);
+            --surplus;
+        }
+    }
+}
+
 void StockApiClient::giveUp(QNetworkReply *reply)
 {
-    if (reply->isFinished())
-        return;
     qWarning("Giving up a request to the stock service that got no answer: %s",
              qUtf8Printable(reply->url().toString(QUrl::RemoveQuery)));
     reply->disconnect(this); // it must neither be reported nor stop the watch over a newer request

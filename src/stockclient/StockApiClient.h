@@ -25,8 +25,9 @@ class QUrl;
 /// Every operation is asynchronous and answers by its signal, or by queryError. Requests may overlap, and
 /// each answer is read for what it is. There is one time limit for the whole client, ten seconds after the
 /// last request was sent, which any answer ends; it is meant to be that simple. A request that runs into it
-/// is reported and goes on: its late answer still counts. One that has no end after a minute is given up in
-/// silence, so that a service that never answers does not hold all connections.
+/// is reported and goes on: its answer counts however late it comes. Only where more requests are open than
+/// there are connections, the oldest that have waited for a minute are given up, in silence, for those
+/// behind.
 class StockApiClient final : public QObject
 {
     Q_OBJECT
@@ -110,6 +111,8 @@ private:
     bool isRefused(const QNetworkRequest &request, const QString &requestType = QString());
     void get(const QNetworkRequest &request, const QString &requestType, const Properties &properties = {});
     void track(QNetworkReply *reply, const QString &requestType, const Properties &properties = {});
+    /// Gives up overdue requests as long as there are more requests than connections.
+    void makeRoom();
     void giveUp(QNetworkReply *reply);
 
     void parse(const QString &requestType, const QByteArray &body);
@@ -138,5 +141,5 @@ private:
     QString m_deviceType;
     QString m_osInfo;
     QTimer *m_timeoutTimer;
-    int m_giveUpMs = 60000;
+    int m_overdueMs = 60000;
 };

@@ -48,8 +48,9 @@ private slots:
     void theFirstAnswerEndsTheWatchOverAllRequests();
     void aNewRequestStartsTheLimitAnew();
     void aFailureEndsTheWatchToo();
-    void requestsThatAreNeverAnsweredAreGivenUpInSilence();
-    void anAnswerAheadOfGivingUpIsRead();
+    void requestsThatHoldAllConnectionsMakeRoomInSilence();
+    void whatIsNotOverdueYetIsNotGivenUp();
+    void anOverdueAnswerStillCountsWhereThereIsRoom();
     void aListenerMayDeleteTheClient_data();
     void aListenerMayDeleteTheClient();
 };
@@ -253,43 +254,73 @@ void TestStockApiClientFailures::aFailureEndsTheWatchToo()
     QVERIFY(!StockApiClientPeer::timeoutTimer(client).isActive());
 }
 
-void TestStockApiClientFailures::requestsThatAreNeverAnsweredAreGivenUpInSilence()
+void TestStockApiClientFailures::requestsThatHoldAllConnectionsMakeRoomInSilence()
 {
     RawHttpServer server;
     server.setAnswer(RawAnswer::hang());
     useStockService(server.url());
     StockApiClient client;
-    StockApiClientPeer::setGiveUpTime(client, shortLimitMs);
+    StockApiClientPeer::setOverdueTime(client, shortLimitMs);
     SignalLog seen(client);
     LogCapture log;
-    // More than a client has connections to one service.
+    const QString givenUp = text("Giving up a request to the stock service");
+    // Two more than a client has connections to one service: they wait behind the six.
     for (int i = 0; i < 8; ++i)
         client.getSoftwareList();
-    QVERIFY(StockApiClientPeer::settles(client));
-    QCOMPARE(log.count(text("Giving up a request to the stock service")), 8);
-    QVERIFY(seen.entries().isEmpty());
-    QVERIFY2(StockApiClientPeer::timeoutTimer(client).isActive(), "Giving up stops no watch");
+    QVERIFY(waitUntil([&client] { return StockApiClientPeer::openRequests(client) == 6; }));
+    QVERIFY(server.waitForRequests(8));
+    QCOMPARE(log.count(givenUp), 2);
 
+    // One more: the oldest goes, and its connection is the new one's.
     server.setAnswer(RawAnswer::body(list));
-    StockApiClientPeer::setGiveUpTime(client, 60000);
     client.getSoftwareList();
     QVERIFY(seen.waitFor(1));
-    QCOMPARE(seen.names(), QStringList({text("softwareListReceived")}));
+    QCOMPARE(seen.names(), QStringList({text("softwareListReceived")})); // nothing was said of the others
+    QCOMPARE(log.count(givenUp), 3);
+    QCOMPARE(StockApiClientPeer::openRequests(client), 5);
 }
 
-void TestStockApiClientFailures::anAnswerAheadOfGivingUpIsRead()
+void TestStockApiClientFailures::whatIsNotOverdueYetIsNotGivenUp()
 {
     RawHttpServer server;
-    server.setAnswer(RawAnswer::body(list));
+    server.setAnswer(RawAnswer::hold());
     useStockService(server.url());
     StockApiClient client;
-    StockApiClientPeer::setGiveUpTime(client, 5000);
     SignalLog seen(client);
     LogCapture log;
-    client.getSoftwareList();
-    QVERIFY(seen.waitFor(1));
-    QVERIFY(StockApiClientPeer::settles(client));
-    QCOMPARE(seen.names(), QStringList({text("softwareListReceived")}));
+    for (int i = 0; i < 8; ++i)
+        client.getSoftwareList();
+    QVERIFY(server.waitForRequests(6));
+    server.setAnswer(RawAnswer::body(list)); // for the two behind
+    for (int request = 0; request < 6; ++request)
+        QVERIFY(server.release(request, RawAnswer::body(list)));
+    QVERIFY(seen.waitFor(8));
+    QCOMPARE(seen.names().count(text("softwareListReceived")), 8);
+    QVERIFY(log.lines().isEmpty());
+}
+
+void TestStockApiClientFailures::anOverdueAnswerStillCountsWhereThereIsRoom()
+{
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::hold());
+    useStockService(server.url());
+    StockApiClient client;
+    StockApiClientPeer::setOverdueTime(client, 1);
+    SignalLog seen(client);
+    LogCapture log;
+    for (int i = 0; i < 6; ++i)
+        client.getSoftwareList();
+    QVERIFY(server.waitForRequests(6));
+    const auto allAreOverdue = [&client] {
+        const QList<QNetworkReply *> replies = StockApiClientPeer::replies(client);
+        return std::all_of(replies.begin(), replies.end(),
+                           [](const QNetworkReply *reply) { return reply->property("overdue").toBool(); });
+    };
+    QVERIFY(waitUntil(allAreOverdue));
+    for (int request = 0; request < 6; ++request)
+        QVERIFY(server.release(request, RawAnswer::body(list)));
+    QVERIFY(seen.waitFor(6));
+    QCOMPARE(seen.names().count(text("softwareListReceived")), 6);
     QVERIFY(log.lines().isEmpty());
 }
 

@@ -53,6 +53,7 @@ private slots:
     void theSessionTokenIsReadAtEachRequest();
     void theKeyIsNotSent();
     void theAddressIsTakenAtConstruction();
+    void anAddressThatEndsInASlashServesAsWell();
     void theProxyOfTheSystemIsIgnored();
     void withABrokenAddressSomeOperationsAreRefusedAtOnce_data();
     void withABrokenAddressSomeOperationsAreRefusedAtOnce();
@@ -300,6 +301,20 @@ void TestStockApiClientRequests::theAddressIsTakenAtConstruction()
     QCOMPARE(second.requests().size(), 1);
 }
 
+void TestStockApiClientRequests::anAddressThatEndsInASlashServesAsWell()
+{
+    RawHttpServer server;
+    useStockService(server.url() + QLatin1Char('/'));
+    StockApiClient client;
+    client.getSoftwareList();
+    client.getMarketStatistics();
+    QVERIFY(server.waitForRequests(2));
+    // The path is put behind the address as it stands, and the network makes one slash of the two.
+    QCOMPARE(StockApiClientPeer::replies(client).first()->url().path(), text("//stockhelper/software_list"));
+    QCOMPARE(server.requests().at(0).target, QByteArray("/stockhelper/software_list"));
+    QCOMPARE(server.requests().at(1).target, QByteArray("/stockhelper/market/statistics"));
+}
+
 void TestStockApiClientRequests::theProxyOfTheSystemIsIgnored()
 {
     RawHttpServer server;
@@ -348,10 +363,11 @@ void TestStockApiClientRequests::withABrokenAddressSomeOperationsAreRefusedAtOnc
 
 void TestStockApiClientRequests::withABrokenAddressTheOthersFailByTheNetwork_data()
 {
+    QTest::addColumn<QString>("address");
     QTest::addColumn<Operation>("operation");
     QTest::addColumn<QString>("requestType");
     const auto row = [](const char *requestType, const Operation &operation) {
-        QTest::newRow(requestType) << operation << text(requestType);
+        QTest::newRow(requestType) << text("http://no address") << operation << text(requestType);
     };
     row("configLoad", [](StockApiClient &c) { c.getStockHelperConfig(); });
     row("configSave", [](StockApiClient &c) { c.saveStockHelperConfig({}, {}, {}, {}, {}); });
@@ -359,13 +375,23 @@ void TestStockApiClientRequests::withABrokenAddressTheOthersFailByTheNetwork_dat
     row("comprehensiveInfo", [](StockApiClient &c) { c.getComprehensiveInfo(text("600001")); });
     row("limitUpDetailInfo", [](StockApiClient &c) { c.getLimitUpDetailInfo(text("600001")); });
     row("themeStocks", [](StockApiClient &c) { c.getThemeStocks(text("600001")); });
+    // The path alone is an address too, and none that the network knows a way to.
+    const auto withoutAddress = [](const char *requestType, const Operation &operation) {
+        QTest::addRow("no address, %s", requestType) << QString() << operation << text(requestType);
+    };
+    withoutAddress("comprehensiveInfo", [](StockApiClient &c) { c.getComprehensiveInfo(text("600001")); });
+    withoutAddress("marketStatistics", [](StockApiClient &c) { c.getMarketStatistics(); });
+    withoutAddress("dynamicAnalysisSave", [](StockApiClient &c) { c.saveDynamicAnalysis(analysis()); });
+    withoutAddress("removeFromBlacklist", [](StockApiClient &c) { c.removeFromBlacklist(text("600001")); });
 }
 
 void TestStockApiClientRequests::withABrokenAddressTheOthersFailByTheNetwork()
 {
+    QFETCH(QString, address);
     QFETCH(Operation, operation);
     QFETCH(QString, requestType);
-    useStockService(text("http://no address"));
+    useStockService(address);
+    QCOMPARE(StockApiConfig::instance()->getBaseUrl(), address);
     StockApiClient client;
     SignalLog seen(client);
     operation(client);
