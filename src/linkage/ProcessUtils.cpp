@@ -84,6 +84,17 @@ QList<ProcessInstance> ProcessUtils::listInstances(std::initializer_list<QString
     return instances;
 }
 
+bool ProcessUtils::isRunning(const ProcessInstance &instance)
+{
+    ProcessHandle process = m_operations.openProcess(instance.pid, ProcessAccess::QueryAndRead);
+    if (process == ProcessHandle::Null)
+        return false;
+    // Ids are given out again, and on Windows an ended process can be opened as long as others hold it.
+    const auto path = m_operations.processImagePath(process);
+    close(process);
+    return path && (instance.exePath.isEmpty() || toQString(*path) == instance.exePath);
+}
+
 QString ProcessUtils::mainWindowTitle(quint32 pid, QStringView titleWord)
 {
     QString result;

@@ -37,6 +37,9 @@ public:
     QList<ProcessInstance> listTdxInstances();
     /// Every process named hexin.exe, likewise.
     QList<ProcessInstance> listThsInstances();
+    /// Whether a copy that was found earlier still runs: a process of its id that is of its executable. Costs
+    /// no walk through the processes.
+    bool isRunning(const ProcessInstance &instance);
 
     /// Opens a Tdx process and finds its module Viewthem.dll (32-bit) or Viewthem64.dll (64-bit). The process
     /// is tdxPid if set, else `pid`, else (0) the first one named tdxw.exe; a tdxw64.exe is reached by id

@@ -343,7 +343,7 @@ void StockAnalysisUi::setFontSizes(const FontSizes &sizes)
     }
 
     for (ValueLabel *label : qAsConst(basicValues))
-        label->setConfiguredPointSize(sizes.history);
+        label->setConfiguredPointSize(sizes.basic);
     for (ValueLabel *label : qAsConst(historyValues))
         label->setConfiguredPointSize(sizes.history);
     for (ValueLabel *label : qAsConst(openingValues))
@@ -371,10 +371,11 @@ void StockAnalysisUi::fitValues()
 {
     const QSize room = recentLimitUpValueLabel->size();
     const QFont font = recentLimitUpValueLabel->font();
+    const qreal basic = largestFitting(font, m_sizes.basic, room);
     const qreal history = largestFitting(font, m_sizes.history, room);
     const qreal opening = largestFitting(font, m_sizes.opening, room);
     for (ValueLabel *label : qAsConst(basicValues))
-        label->setPointSize(history);
+        label->setPointSize(basic);
     for (ValueLabel *label : qAsConst(historyValues))
         label->setPointSize(history);
     for (ValueLabel *label : qAsConst(openingValues))

@@ -29,12 +29,15 @@
 #include <QSignalBlocker>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int TickMs = 1000;
 constexpr int PopupHideMs = 500;
+constexpr int PauseOfSearchTicks = 4;
+constexpr int PathRole = Qt::UserRole + 1; // of a copy's executable; the process id is the item's data
 const QString tdx = QStringLiteral("tdx");
 const QString searchScheme = QStringLiteral("search:");
 
@@ -88,7 +91,6 @@ StockAnalysisWidget::StockAnalysisWidget(Surroundings surroundings, QWidget *par
     refreshThsInstances();
     applySkin();
     reloadSettings();
-    clearStockDisplay();
     updatePortalToolTips();
 }
 
@@ -206,6 +208,7 @@ void StockAnalysisWidget::reloadSettings()
     sizes.history = settings->getHistoryStatsFontSize();
     sizes.opening = settings->getOpeningMarketFontSize();
     m_ui->setFontSizes(sizes);
+    showAgain();
     if (m_isMonitoring) {
         unregisterHotkeys();
         registerHotkeys();
@@ -319,11 +322,18 @@ void StockAnalysisWidget::refreshThsInstances()
 
 void StockAnalysisWidget::refreshInstances(const QString &software)
 {
-    const bool isTdx = software == tdx;
-    QComboBox *box = isTdx ? m_ui->tdxInstanceComboBox : m_ui->thsInstanceComboBox;
-    quint32 &pid = isTdx ? m_processUtils->tdxPid : m_processUtils->thsPid;
-    const QList<ProcessInstance> instances =
-        isTdx ? m_processUtils->listTdxInstances() : m_processUtils->listThsInstances();
+    showInstances(software, instancesOf(software), 0);
+}
+
+QList<ProcessInstance> StockAnalysisWidget::instancesOf(const QString &software) const
+{
+    return software == tdx ? m_processUtils->listTdxInstances() : m_processUtils->listThsInstances();
+}
+
+void StockAnalysisWidget::showInstances(const QString &software, const QList<ProcessInstance> &instances,
+                                        int chosen)
+{
+    QComboBox *box = software == tdx ? m_ui->tdxInstanceComboBox : m_ui->thsInstanceComboBox;
     const QSignalBlocker blocker(box);
     box->clear();
     if (instances.isEmpty()) {
@@ -331,11 +341,39 @@ void StockAnalysisWidget::refreshInstances(const QString &software)
         box->addItem(QStringLiteral("未找到%1进程").arg(StockPageRules::softwareWord(software)), 0U);
         return;
     }
-    for (const ProcessInstance &instance : instances)
+    for (const ProcessInstance &instance : instances) {
         box->addItem(StockPageRules::instanceText(instance, software), instance.pid);
-    box->setCurrentIndex(0);
-    pid = instances.first().pid;
+        box->setItemData(box->count() - 1, instance.exePath, PathRole);
+    }
+    box->setCurrentIndex(chosen);
+    (software == tdx ? m_processUtils->tdxPid : m_processUtils->thsPid) = instances.at(chosen).pid;
     box->setVisible(instances.size() > 1);
+}
+
+void StockAnalysisWidget::followRestartedInstance()
+{
+    const bool isTdx = m_currentSoftware == tdx;
+    const QComboBox *box = isTdx ? m_ui->tdxInstanceComboBox : m_ui->thsInstanceComboBox;
+    ProcessInstance chosen;
+    chosen.pid = isTdx ? m_processUtils->tdxPid : m_processUtils->thsPid;
+    if (chosen.pid == 0)
+        return; // the first copy counts, whichever it is
+    chosen.exePath = box->itemData(box->findData(chosen.pid), PathRole).toString();
+    if (m_processUtils->isRunning(chosen))
+        return;
+    // A search walks through all processes, and a program may stay closed for the day.
+    if (m_ticksUntilSearch > 0) {
+        --m_ticksUntilSearch;
+        return;
+    }
+    m_ticksUntilSearch = PauseOfSearchTicks;
+    const QList<ProcessInstance> instances = instancesOf(m_currentSoftware);
+    const auto again =
+        std::find_if(instances.cbegin(), instances.cend(), [box, &chosen](const ProcessInstance &instance) {
+            return instance.exePath == chosen.exePath && box->findData(instance.pid) < 0;
+        });
+    if (again != instances.cend())
+        showInstances(m_currentSoftware, instances, int(again - instances.cbegin()));
 }
 
 void StockAnalysisWidget::onTdxInstanceChanged(int index)

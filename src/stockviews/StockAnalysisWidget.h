@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class AuthManager;
 class GlobalHotkey;
@@ -151,8 +152,11 @@ private:
 
     // Copies of the trading programs.
     void refreshInstances(const QString &software);
-    /// After a failed read: when the chosen copy has ended and others run, takes the list anew.
-    void forgetEndedInstance();
+    QList<ProcessInstance> instancesOf(const QString &software) const;
+    void showInstances(const QString &software, const QList<ProcessInstance> &instances, int chosen);
+    /// After a failed read: when the chosen copy has ended and the same executable has been started since the
+    /// list was taken, goes over to that; never to another copy of the list, nor to another executable.
+    void followRestartedInstance();
     void refreshTdxInstances();
     void refreshThsInstances();
 
@@ -164,6 +168,8 @@ private:
     StockRenderSettings renderSettings() const;
     void displayPlainCode(const QString &code);
     void clearStockDisplay();
+    /// Writes what is on show in the sizes and colours of now.
+    void showAgain();
     void speakName(const QString &code, const QString &name);
     void showLimitUpPopup();
     void applySkin();
@@ -201,12 +207,16 @@ private:
     QString m_lastQueriedCode;
     QString m_recentLimitUpDate;
     LimitUpDetailInfo m_limitUpDetail;
+    std::optional<StockInfo> m_shownStock;
+    QString m_shownPlainCode;   ///< of what is no stock
+    int m_ticksUntilSearch = 0; ///< for a copy that was started again
     QMetaObject::Connection m_configReceived;
     QMetaObject::Connection m_configFailed;
 
     bool m_compactMode = false;
     bool m_isDragging = false;
     bool m_wasDragged = false;
+    QPoint m_pressPosition; ///< on the screen
     QPoint m_dragStartPosition;
     Qt::WindowFlags m_savedWindowFlags;
     QMargins m_savedWindowMargins;

@@ -148,6 +148,7 @@ void StockAnalysisWidget::resizeEvent(QResizeEvent *event)
 void StockAnalysisWidget::mousePressEvent(QMouseEvent *event)
 {
     m_wasDragged = false;
+    m_isDragging = false;
     const QPoint inWindow = window()->mapFromGlobal(event->globalPos());
     if (!m_compactMode || event->button() != Qt::LeftButton ||
         StockPageRules::edgesAt(inWindow, window()->size()) != StockPageRules::NoEdge) {
@@ -156,6 +157,7 @@ void StockAnalysisWidget::mousePressEvent(QMouseEvent *event)
         return;
     }
     m_isDragging = true;
+    m_pressPosition = event->globalPos();
     // A window without a frame; what is left of the one it had is not to be counted.
     m_dragStartPosition = event->globalPos() - window()->geometry().topLeft();
 }
@@ -179,10 +181,10 @@ bool StockAnalysisWidget::dragWindow(const QMouseEvent *event)
 {
     if (!m_isDragging || (event->buttons() & Qt::LeftButton) == 0)
         return false;
-    const QPoint target = event->globalPos() - m_dragStartPosition;
-    if ((target - window()->geometry().topLeft()).manhattanLength() >= QApplication::startDragDistance())
+    // From the press on: the window follows, so a slow drag is never far from the step before.
+    if ((event->globalPos() - m_pressPosition).manhattanLength() >= QApplication::startDragDistance())
         m_wasDragged = true;
-    window()->setGeometry(QRect(target, window()->size()));
+    window()->setGeometry(QRect(event->globalPos() - m_dragStartPosition, window()->size()));
     return true;
 }
 

@@ -29,6 +29,8 @@ StockRenderSettings StockAnalysisWidget::renderSettings() const
 
 void StockAnalysisWidget::displayStockInfo(const StockInfo &info)
 {
+    m_shownStock = info;
+    m_shownPlainCode.clear();
     m_ui->showContents(StockRendering::basicInfo(info, renderSettings()));
     m_currentStockName = info.stockName;
     m_currentStockCode = info.stockCode;
@@ -62,14 +64,28 @@ void StockAnalysisWidget::showActivity(double activity)
 
 void StockAnalysisWidget::displayPlainCode(const QString &code)
 {
+    m_shownPlainCode = code;
     m_ui->showContent(QStringLiteral("companyNameLabel"),
                       StockRendering::nonStockName(code, renderSettings()));
 }
 
 void StockAnalysisWidget::clearStockDisplay()
 {
+    m_shownStock.reset();
+    m_shownPlainCode.clear();
     m_ui->showContents(StockRendering::clearedDisplay(renderSettings()));
     showActivity(0);
+}
+
+void StockAnalysisWidget::showAgain()
+{
+    if (m_shownStock) {
+        m_ui->showContents(StockRendering::basicInfo(*m_shownStock, renderSettings()));
+    } else if (!m_shownPlainCode.isEmpty()) {
+        displayPlainCode(m_shownPlainCode);
+    } else {
+        clearStockDisplay();
+    }
 }
 
 QString StockAnalysisWidget::successStyle() const

@@ -177,31 +177,16 @@ bool StockAnalysisWidget::readCode(QString &code)
     return false;
 }
 
-void StockAnalysisWidget::forgetEndedInstance()
-{
-    // A copy is chosen by its process id, which a program that was started again has no more.
-    const bool isTdx = m_currentSoftware == tdx;
-    const quint32 chosen = isTdx ? m_processUtils->tdxPid : m_processUtils->thsPid;
-    if (chosen == 0)
-        return;
-    const QList<ProcessInstance> instances =
-        isTdx ? m_processUtils->listTdxInstances() : m_processUtils->listThsInstances();
-    const bool runs =
-        std::any_of(instances.cbegin(), instances.cend(),
-                    [chosen](const ProcessInstance &instance) { return instance.pid == chosen; });
-    if (!runs && !instances.isEmpty())
-        refreshInstances(m_currentSoftware);
-}
-
 void StockAnalysisWidget::onStockCodeChanged()
 {
     if (!m_isMonitoring)
         return;
     QString code;
     if (!readCode(code)) {
-        forgetEndedInstance();
+        followRestartedInstance();
         return;
     }
+    m_ticksUntilSearch = 0;
     if (code == m_currentStockCode)
         return;
     m_currentStockCode = code;

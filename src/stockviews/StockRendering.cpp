@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLocale>
 #include <QTime>
 
 #include <algorithm>
@@ -18,9 +19,10 @@ QString latin(const char *text)
     return QString::fromLatin1(text);
 }
 
+/// With no more digits than it takes to tell the number: those of the wire, as a rule.
 QString number(double value)
 {
-    return QString::number(value);
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 QString decimals(double value)
@@ -294,6 +296,7 @@ LabelContent priceTrend(const QString &trend)
 LabelContent fiveDayLineDays(const LimitStats &stats)
 {
     const QString &days = stats.ma5ConsecutiveDays;
+    // A unit without a number would say nothing.
     const QString text = days.isEmpty() ? missing() : bold(days.toHtmlEscaped() + QStringLiteral("天"));
     if (stats.aboveMa5 == 0)
         return weak(text);
@@ -423,7 +426,7 @@ QString auctionVolumeRatioText(const QString &text, double amount, const QString
 
 QString limitUpPriceText(const StockInfo &info, double openingGain, const QString &color)
 {
-    if (info.limitUpPrice.isEmpty() && info.openPrice <= 0)
+    if (info.limitUpPrice.isEmpty() && info.openPrice <= 0) // nothing is known of either
         return missing();
     const QString open = number(info.openPrice);
     const QString first = std::abs(openingGain) > 0.0001 ? marked(color, open) : bold(open);

@@ -126,6 +126,43 @@ class tst_ProcessUtils : public QObject
     Q_OBJECT
 
 private slots:
+    void aCopyRunsAsLongAsItsIdIsThatOfItsExecutable_data()
+    {
+        QTest::addColumn<quint32>("pid");
+        QTest::addColumn<QString>("path"); // of the process that has the id; null: it does not tell
+        QTest::addColumn<bool>("canBeOpened");
+        QTest::addColumn<QString>("known");
+        QTest::addColumn<bool>("runs");
+        const QString tdx = QStringLiteral("C:\\tdx\\tdxw.exe");
+        QTest::newRow("it runs") << 10U << tdx << true << tdx << true;
+        QTest::newRow("it has ended") << 11U << tdx << true << tdx << false;
+        QTest::newRow("it may not be opened") << 10U << tdx << false << tdx << false;
+        QTest::newRow("its id is another program's")
+            << 10U << QStringLiteral("C:\\notepad.exe") << true << tdx << false;
+        QTest::newRow("it has ended and is still held by others") << 10U << QString() << true << tdx << false;
+        QTest::newRow("nobody knows its executable") << 10U << tdx << true << QString() << true;
+    }
+
+    void aCopyRunsAsLongAsItsIdIsThatOfItsExecutable()
+    {
+        QFETCH(quint32, pid);
+        QFETCH(QString, path);
+        QFETCH(bool, canBeOpened);
+        QFETCH(QString, known);
+        FakePlatform platform;
+        FakePlatform::Process process = tdx(pid);
+        process.path = path;
+        process.canBeOpened = canBeOpened;
+        platform.processes = {process};
+        ProcessUtils utils(platform);
+        ProcessInstance copy;
+        copy.pid = 10;
+        copy.exePath = known;
+        QTEST(utils.isRunning(copy), "runs");
+        QCOMPARE(platform.openHandles().size(), 0);
+        QVERIFY(platform.takeCalls().filter(QStringLiteral("walkProcesses")).isEmpty());
+    }
+
     void anOffsetOfZeroReadsNothingAndTouchesNoProcess()
     {
         FakePlatform platform;

@@ -54,12 +54,13 @@ void StockPageFixture::openPage()
     window->show();
 }
 
-void StockPageFixture::openInTdx(const QByteArray &code, quint32 pid)
+void StockPageFixture::openInTdx(const QByteArray &code, quint32 pid, const QString &folder)
 {
     FakePlatform::Process process;
     process.pid = pid;
     process.name = QStringLiteral("tdxw.exe");
-    process.path = QStringLiteral("C:\\new_tdx%1\\tdxw.exe").arg(pid);
+    process.path = QStringLiteral("C:\\%1\\tdxw.exe")
+                       .arg(folder.isEmpty() ? QStringLiteral("new_tdx%1").arg(pid) : folder);
     process.modules = {{tdxBase, QStringLiteral("Viewthem64.dll"), false}};
     process.memory.insert(tdxBase + tdxOffset.toUInt(nullptr, 16), code);
     for (FakePlatform::Process &running : reading->processes) {
@@ -91,12 +92,13 @@ void StockPageFixture::openInThs(const QByteArray &code, quint32 pid)
     reading->processes.append(process);
 }
 
-void StockPageFixture::closeTdx()
+void StockPageFixture::closeTdx(quint32 pid)
 {
     QList<FakePlatform::Process> &processes = reading->processes;
     processes.erase(std::remove_if(processes.begin(), processes.end(),
-                                   [](const FakePlatform::Process &process) {
-                                       return process.name == QLatin1String("tdxw.exe");
+                                   [pid](const FakePlatform::Process &process) {
+                                       return process.name == QLatin1String("tdxw.exe") &&
+                                              (pid == 0 || process.pid == pid);
                                    }),
                     processes.end());
 }

@@ -31,9 +31,10 @@ public:
     void openPage();
 
     /// The code that is open in a program; the program runs from then on.
-    void openInTdx(const QByteArray &code, quint32 pid = tdxPid);
+    void openInTdx(const QByteArray &code, quint32 pid = tdxPid, const QString &folder = {});
     void openInThs(const QByteArray &code, quint32 pid = thsPid);
-    void closeTdx();
+    /// Ends all copies of Tdx, or the one of this id.
+    void closeTdx(quint32 pid = 0);
 
     /// The page's next tick, now.
     void tick();

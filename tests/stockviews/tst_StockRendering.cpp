@@ -1,3 +1,4 @@
+#include "settings/ConfigManager.h"
 #include "stockviews/StockRendering.h"
 #include "support/IsolatedHome.h"
 
@@ -543,6 +544,8 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     rate(&LimitStats::thirtyDayGain, month, 30, "<b>30%</b>", text("purple"));
     rate(&LimitStats::thirtyDayGain, month, 30.01, "<b>30.01%</b>", text("purple"));
     rate(&LimitStats::thirtyDayGain, month, 12.50, "<b>12.5%</b>", whiteOn("#ab2e00"));
+    rate(&LimitStats::thirtyDayGain, month, 12.345678, "<b>12.345678%</b>", whiteOn("#ab2e00"));
+    rate(&LimitStats::thirtyDayGain, month, 1234.567, "<b>1234.567%</b>", text("purple"));
 
     const char closing[] = "firstBoardClosingRateValueLabel";
     rate(&LimitStats::firstLimitClosingRate, closing, 0, "<b>0%</b>", framed("#007a00"));
@@ -552,6 +555,7 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     rate(&LimitStats::firstLimitClosingRate, closing, 65, "<b>65%</b>", framed("#993400"));
     rate(&LimitStats::firstLimitClosingRate, closing, 65.01, "<b>65.01%</b>", framed("#bf2800"));
     rate(&LimitStats::firstLimitClosingRate, closing, 75, "<b>75%</b>", framed("#bf2800"));
+    rate(&LimitStats::firstLimitClosingRate, closing, 66.666667, "<b>66.666667%</b>", framed("#bf2800"));
     rate(&LimitStats::firstLimitClosingRate, closing, 75.01, "<b>75.01%</b>", framed("#790a79"));
 
     const char week[] = "increase5dValueLabel";
@@ -565,6 +569,7 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::increase5d, week, "0.01", red("+0.01%"), "plain");
     word(&LimitStats::increase5d, week, "2.99", red("+2.99%"), "plain");
     word(&LimitStats::increase5d, week, "3", text("<b>3%</b>"), "purple");
+    word(&LimitStats::increase5d, week, "-3.1415926", green("-3.1415926%"), "plain");
     word(&LimitStats::increase5d, week, "3.10", text("<b>3.1%</b>"), "purple");
 
     const char yesterday[] = "preRiseValueLabel";
@@ -575,6 +580,8 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::preRise, yesterday, "0.01", red("+0.01%"), "plain");
     word(&LimitStats::preRise, yesterday, "2.99", red("+2.99%"), "plain");
     word(&LimitStats::preRise, yesterday, "3", text("<b>3%</b>"), "purple");
+    word(&LimitStats::preRise, yesterday, "", text("<b>0%</b>"), "plain");
+    word(&LimitStats::preRise, yesterday, "--", text("<b>0%</b>"), "plain");
     word(&LimitStats::preRise, yesterday, "10.02", text("<b>10.02%</b>"), "purple");
 
     const char strength[] = "rsiValueLabel";
@@ -584,6 +591,8 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::rsi, strength, "35.01", text("<b>35.01</b>"), "plain");
     word(&LimitStats::rsi, strength, "69.99", text("<b>69.99</b>"), "plain");
     word(&LimitStats::rsi, strength, "70", text("<b>70</b>"), "purple");
+    word(&LimitStats::rsi, strength, "--", text("<b>0</b>"), "green");
+    word(&LimitStats::rsi, strength, "51.234567", text("<b>51.234567</b>"), "plain");
     word(&LimitStats::rsi, strength, "70.10", text("<b>70.1</b>"), "purple");
 
     const char trend[] = "priceTrendValueLabel";
@@ -607,7 +616,9 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     line(-1, "2", "<b>2天</b>", text("purple"));
     line(0, "1", "<b>1天</b>", text("green"));
     line(0, "5", "<b>5天</b>", text("green"));
-    line(0, "", "<b>--</b>", text("green"));
+    line(0, "", "<b>--</b>", text("green")); // a unit without a number would say nothing
+    line(1, "", "<b>--</b>", whiteOn("#ff6b6b"));
+    line(1, "三", "<b>三天</b>", whiteOn("#ff6b6b"));
 }
 
 void TestStockRendering::historyShowsByItsThresholds()
@@ -858,8 +869,10 @@ void TestStockRendering::openingFiguresShowByTheirThresholds_data()
     price(10.51, "11.28", "-0.0001", text("<b>10.51</b>") + limit);
     price(10.51, "11.28", "-0.00011", marked(weakColor, "10.51") + limit);
     price(10.5, "11.28", "-2.50", marked(weakColor, "10.5") + limit);
+    price(1688.885, "11.28", "0", text("<b>1688.885</b>") + limit);
     price(0, "11.28", "0", text("<b>0</b>") + limit);
-    price(0, "", "0", text("<b>--</b>"));
+    price(10.51, "", "0", text("<b>10.51</b>/") + marked(strongColor, ""));
+    price(0, "", "0", text("<b>--</b>")); // neither is known
 }
 
 void TestStockRendering::openingFiguresShowByTheirThresholds()
@@ -1133,6 +1146,23 @@ void TestStockRendering::storedSettingsAreTaken()
     QCOMPARE(stored.stockCodeNameFontSize, 14);
     QCOMPARE(stored.limitUpDetailFontSize, 12);
     QCOMPARE(stored.badgeWidth, 43);
+
+    ConfigManager *const config = ConfigManager::instance();
+    config->setMainBoardColor(text("#010101"));
+    config->setGemColor(text("#020202"));
+    config->setStarMarketColor(text("#030303"));
+    config->setBeijingExchangeColor(text("#040404"));
+    config->setStockCodeNameFontSize(17);
+    config->setLimitUpDetailFontSize(11);
+    const StockRenderSettings changed = StockRenderSettings::stored(44);
+    QCOMPARE(changed.mainBoardColor, text("#010101"));
+    QCOMPARE(changed.gemColor, text("#020202"));
+    QCOMPARE(changed.starMarketColor, text("#030303"));
+    QCOMPARE(changed.beijingExchangeColor, text("#040404"));
+    QCOMPARE(changed.stockCodeNameFontSize, 17);
+    QCOMPARE(changed.limitUpDetailFontSize, 11);
+    QCOMPARE(changed.badgeWidth, 44);
+    clearSettings();
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(TestStockRendering)

@@ -80,6 +80,13 @@ class tst_StockAnalysisWidget : public QObject
         return codes;
     }
 
+    /// The status line after a tick more.
+    static QString tickedStatus(StockPageFixture &page)
+    {
+        page.tick();
+        return page.status();
+    }
+
 private slots:
     void initTestCase()
     {
@@ -413,7 +420,8 @@ private slots:
     void aProgramStartedAgainUnderAnotherIdIsFollowed()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
+        const QString folder = QStringLiteral("new_tdx");
+        page.openInTdx("600519", 11, folder);
         page.openPage();
         page.switchOn();
         page.tick();
@@ -421,10 +429,79 @@ private slots:
         page.closeTdx();
         page.tick();
         QCOMPARE(page.status(), updated("600519"));
-        page.openInTdx("000858", StockPageFixture::tdxPid + 5);
-        page.tick(); // finds that the chosen copy has gone
+        page.openInTdx("000858", 12, folder);
+        QTRY_COMPARE_WITH_TIMEOUT(tickedStatus(page), updated("000858"), 10000);
+    }
+
+    void theProgramIsNotSearchedForAtEachTickWhileItIsClosed()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("000858"));
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const auto searches = [&page] {
+            return page.reading->takeCalls().filter(QStringLiteral("walkProcesses")).size();
+        };
+        // A screen without a stock is no reason to look for another copy.
+        page.openInTdx("      ");
+        searches();
+        for (int round = 0; round < 10; ++round)
+            page.tick();
+        QCOMPARE(searches(), 0);
+        page.closeTdx();
+        for (int round = 0; round < 10; ++round)
+            page.tick();
+        QCOMPARE(searches(), 2);
+    }
+
+    void aChosenCopyThatEndsIsNotReplacedByTheOther_data()
+    {
+        QTest::addColumn<quint32>("startedPid");
+        QTest::addColumn<QString>("startedFolder");
+        QTest::addColumn<QString>("followed");
+        QTest::newRow("nothing is started") << 0U << QString() << QStringLiteral("600519");
+        QTest::newRow("another installation is started")
+            << 14U << QStringLiteral("broker") << QStringLiteral("600519");
+        QTest::newRow("it is started again")
+            << 13U << QStringLiteral("new_tdx11") << QStringLiteral("000858");
+    }
+
+    void aChosenCopyThatEndsIsNotReplacedByTheOther()
+    {
+        QFETCH(quint32, startedPid);
+        QFETCH(QString, startedFolder);
+        StockPageFixture page;
+        ConfigManager::instance()->setStockLinkageMode(3);
+        page.openInTdx("600519", 11);
+        page.openInTdx("000001", 12);
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const int sent = page.sending->messages.size();
+        page.closeTdx(11);
+        page.tick();
+        if (startedPid != 0)
+            page.openInTdx("000858", startedPid, startedFolder);
+        for (int round = 0; round < 8; ++round)
+            page.tick();
+        QTEST(page.page->currentStockCode(), "followed");
+        const bool follows = page.page->currentStockCode() == QLatin1String("000858");
+        QCOMPARE(page.sending->messages.size() > sent, follows);
+        auto *box = page.find<QComboBox>("tdxInstanceComboBox");
+        QVERIFY(box->isVisible());
+        QCOMPARE(box->currentData().toUInt(), follows ? startedPid : 11U);
+
+        // The other copy is there to be chosen.
+        const int other = box->findData(12U);
+        box->setCurrentIndex(other);
+        emit box->activated(other);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.page->currentStockCode(), QStringLiteral("000001"));
     }
 
     void goingBackToAStockAsksAndSpeaksAgain()

@@ -254,8 +254,31 @@ private slots:
         QTRY_COMPARE(m_window->cursor().shape(), Qt::SizeFDiagCursor);
     }
 
+    void aPressOnAnEdgeEndsADragWhoseReleaseWasNotSeen()
+    {
+        toggle();
+        const QRect start = m_window->geometry();
+        // The release goes elsewhere where a box comes up under the button.
+        QTest::mousePress(page(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        const QPoint edge(start.width() - 7, 300);
+        QVERIFY(page()->rect().contains(page()->mapFrom(m_window.get(), edge)));
+        press(edge);
+        move(edge + QPoint(30, 20));
+        QTRY_COMPARE(m_window->geometry(), start.marginsAdded(QMargins(0, 0, 30, 0)));
+        release(edge + QPoint(30, 20));
+        QCOMPARE(m_window->geometry(), start.marginsAdded(QMargins(0, 0, 30, 0)));
+    }
+
+    void aDragByTheNameIsNoClickOnIt_data()
+    {
+        QTest::addColumn<int>("steps");
+        QTest::newRow("at once") << 1;
+        QTest::newRow("pixel by pixel") << 30;
+    }
+
     void aDragByTheNameIsNoClickOnIt()
     {
+        QFETCH(int, steps);
         m_fixture->switchOn();
         m_fixture->tick();
         auto *name = page()->findChild<QLabel *>(QStringLiteral("companyNameLabel"));
@@ -265,9 +288,12 @@ private slots:
         const QPoint place = name->mapTo(m_window.get(), QPoint(20, name->height() / 2));
         const QRect start = m_window->geometry();
         press(place);
-        move(place + QPoint(40, 30));
-        QTRY_COMPARE(m_window->geometry(), start.translated(40, 30));
-        release(place + QPoint(40, 30));
+        const QPoint way(30, 30);
+        for (int step = 1; step <= steps; ++step) {
+            move(place + way * step / steps);
+            QTRY_COMPARE(m_window->geometry(), start.translated(way * step / steps));
+        }
+        release(place + way);
         press(place);
         release(place);
         QTRY_COMPARE(requested.size(), 1); // of the click, and none of the drag before it
