@@ -364,16 +364,21 @@ void StockAnalysisUi::setFontSizes(const FontSizes &sizes)
         captionWidth = qMax(captionWidth, captionMetrics.horizontalAdvance(QString::fromUtf8(text)));
     for (ElidingLabel *caption : qAsConst(m_captions))
         caption->setFixedWidth(captionWidth + 2);
+    // The rows take their new heights now; what is written in them is fitted to these.
+    pageLayout->activate();
     fitValues();
 }
 
 void StockAnalysisUi::fitValues()
 {
-    const QSize room = recentLimitUpValueLabel->size();
-    const QFont font = recentLimitUpValueLabel->font();
-    const qreal basic = largestFitting(font, m_sizes.basic, room);
-    const qreal history = largestFitting(font, m_sizes.history, room);
-    const qreal opening = largestFitting(font, m_sizes.opening, room);
+    // The cells of a group are of one size.
+    const auto fitting = [](const QWidget *cell, int points) {
+        return largestFitting(cell->font(), points, cell->size());
+    };
+    const qreal basic = fitting(basicValues.first(), m_sizes.basic);
+    const qreal history = fitting(recentLimitUpValueLabel, m_sizes.history);
+    const qreal opening =
+        fitting(openingValues.value(QStringLiteral("openingGainValueLabel")), m_sizes.opening);
     for (ValueLabel *label : qAsConst(basicValues))
         label->setPointSize(basic);
     for (ValueLabel *label : qAsConst(historyValues))

@@ -1,19 +1,25 @@
 #include "desktop/RecordingHotkeyBackend.h"
 #include "linkage/FakePlatform.h"
+#include "linkage/StockHelperDialog.h"
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockPageFixture.h"
 #include "stockviews/StockRendering.h"
+#include "stockviews/ValueLabel.h"
 #include "support/BoxAnswer.h"
+#include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 #include "support/speechplugin/SpeechStage.h"
+#include "support/speechplugin/StagedSpeechEngine.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QGridLayout>
+#include <QJsonArray>
 #include <QLabel>
 #include <QLayout>
 #include <QNetworkProxy>
@@ -525,6 +531,35 @@ private slots:
                               QStringLiteral("股600519")}));
     }
 
+    void aNameThatCouldNotBeSaidWithinThreeSecondsIsDropped_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<bool>("isSaid");
+        QTest::newRow("in time") << 3 << true;
+        QTest::newRow("too late") << 4 << false;
+    }
+
+    void aNameThatCouldNotBeSaidWithinThreeSecondsIsDropped()
+    {
+        QFETCH(int, seconds);
+        QFETCH(bool, isSaid);
+        StockPageFixture page;
+        SpeechManager speech(nullptr, [&page] { return page.now; });
+        speech.speak(QStringLiteral("一条消息"), 60); // the engine is at it when the name comes
+        page.openInTdx("600519");
+        page.openPage();
+        page.page->setSpeechManager(&speech);
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        page.now = page.now.addSecs(seconds);
+        SpeechStage::instance().engine()->enter(QTextToSpeech::Ready);
+        QStringList expected{QStringLiteral("一条消息")};
+        if (isSaid)
+            expected.append(QStringLiteral("股600519"));
+        QCOMPARE(SpeechStage::instance().said(), expected);
+    }
+
     void theNameIsSpokenOncePerCodeAndOnlyWhereWanted_data()
     {
         QTest::addColumn<QString>("name");
@@ -921,6 +956,181 @@ private slots:
         page.switchOn();
         page.tick();
         QTRY_COMPARE(page.page->currentStockCode(), QStringLiteral("000001"));
+    }
+
+    // --- settings ------------------------------------------------------------------------------------------
+
+    void theSettingsButtonStopsTheLoop()
+    {
+        StockPageFixture page;
+        page.service.softwareList = {{QStringLiteral("tdx"), QJsonArray()},
+                                     {QStringLiteral("ths"), QJsonArray()}};
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        bool ranOn = true;
+        int openHandles = -1;
+        bool modal = false;
+        const DialogVisit visit(QStringLiteral("股票软件联动设置"), [&](QDialog &dialog) {
+            ranOn = page.page->isMonitoring();
+            openHandles = page.reading->openHandles().size();
+            modal = dialog.isModal();
+            ConfigManager::instance()->setCurrentSoftware(QStringLiteral("ths"));
+            dialog.findChild<QPushButton *>(QStringLiteral("closeButton"))->click();
+        });
+        page.find<QPushButton>("settingsButton")->click();
+        QVERIFY(visit.ended());
+        QVERIFY(!ranOn);
+        QVERIFY(modal);
+        QCOMPARE(openHandles, 0);
+        QCOMPARE(page.status(), QStringLiteral("设置已更新"));
+        QVERIFY(!page.page->isMonitoring()); // it is not started again by itself
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
+        QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("同花顺"));
+        QTRY_VERIFY(page.page->findChild<StockHelperDialog *>() == nullptr);
+    }
+
+    void changedColoursAndSizesOfTheNameCountAtOnce()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        ConfigManager *settings = ConfigManager::instance();
+        settings->setStockCodeNameFontSize(18);
+        page.page->reloadSettings();
+        QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
+        QCOMPARE(page.style("companyNameLabel"), QStringLiteral("font-weight: bold; font-size: 18pt;"));
+
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("color: orange")));
+        settings->setMainBoardColor(QStringLiteral("#12ab56"));
+        settings->setStockCodeNameFontSize(16);
+        page.page->reloadSettings();
+        const QString name = page.text("companyNameLabel");
+        QVERIFY2(name.contains(QStringLiteral("color: #12ab56")), qPrintable(name));
+        QVERIFY2(name.contains(QStringLiteral("font-size: 16pt")), qPrintable(name));
+        QCOMPARE(page.style("regionLabel"),
+                 QStringLiteral("color: #ff6b6b; font-weight: bold; font-size: 16pt;"));
+        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(queries(page).size(), 1);
+        // What does not hang on the settings stands as it was.
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("<b>1286.55</b>亿"));
+        QVERIFY(page.text("openingTurnoverValueLabel").contains(QStringLiteral("1.32%")));
+
+        page.openInTdx("510300");
+        page.tick();
+        settings->setStockCodeNameFontSize(20);
+        page.page->reloadSettings();
+        const QString code = page.text("companyNameLabel");
+        QVERIFY2(code.contains(QStringLiteral(">510300</a>")), qPrintable(code));
+        QVERIFY2(code.contains(QStringLiteral("font-size: 20pt")), qPrintable(code));
+        QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("--"));
+    }
+
+    void theColourOfEachBoardIsItsSetting_data()
+    {
+        QTest::addColumn<QByteArray>("code");
+        QTest::addColumn<QString>("color");
+        QTest::newRow("main board") << QByteArray("000001") << QStringLiteral("#010101");
+        QTest::newRow("growth board") << QByteArray("300750") << QStringLiteral("#020202");
+        QTest::newRow("star market") << QByteArray("688981") << QStringLiteral("#030303");
+        QTest::newRow("Beijing exchange") << QByteArray("920001") << QStringLiteral("#040404");
+    }
+
+    void theColourOfEachBoardIsItsSetting()
+    {
+        QFETCH(QByteArray, code);
+        QFETCH(QString, color);
+        StockPageFixture page;
+        page.openInTdx(code);
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated(code.constData()));
+        ConfigManager *settings = ConfigManager::instance();
+        settings->setMainBoardColor(QStringLiteral("#010101"));
+        settings->setGemColor(QStringLiteral("#020202"));
+        settings->setStarMarketColor(QStringLiteral("#030303"));
+        settings->setBeijingExchangeColor(QStringLiteral("#040404"));
+        page.page->reloadSettings();
+        QVERIFY2(page.text("companyNameLabel").contains(QStringLiteral("color: ") + color),
+                 qPrintable(page.text("companyNameLabel")));
+    }
+
+    void eachGroupOfValuesIsWrittenInItsOwnSize()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.window->resize(900, 1000);
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const auto written = [&page](const char *label) {
+            return page.find<ValueLabel>(label)->writtenPointSize();
+        };
+        QTRY_COMPARE(written("yoyValueLabel"), 10.0);
+        QCOMPARE(written("rsiValueLabel"), 12.0);
+        QCOMPARE(written("openingGainValueLabel"), 12.0);
+        ConfigManager *settings = ConfigManager::instance();
+        settings->setBasicInfoFontSize(20);
+        settings->setHistoryStatsFontSize(9);
+        settings->setOpeningMarketFontSize(15);
+        page.page->reloadSettings();
+        for (const char *label :
+             {"marketCapValueLabel", "floatSharesValueLabel", "netProfitValueLabel", "yoyValueLabel"})
+            QCOMPARE(written(label), 20.0);
+        for (const char *label : {"firstBoardCountValueLabel", "thirtyDayGainValueLabel", "rsiValueLabel"})
+            QCOMPARE(written(label), 9.0);
+        for (const char *label : {"openingGainValueLabel", "openingTurnoverValueLabel", "ma5StatusLabel"})
+            QCOMPARE(written(label), 15.0);
+    }
+
+    void everyValueHasItsCaption()
+    {
+        StockPageFixture page;
+        page.openPage();
+        QCOMPARE(page.find<QGridLayout>("stockGrid")->rowCount(), 17);
+        QCOMPARE(page.find<QGridLayout>("stockGrid")->columnCount(), 4);
+        const struct
+        {
+            const char *label;
+            const char *caption;
+        } cells[] = {{"thirtyDayGainLabel", "30天最大涨"},
+                     {"recentBreakoutLabel", "最近炸板"},
+                     {"increase5dLabel", "5日涨幅"},
+                     {"twoConsecutiveBoardLabel", "2连板次数"},
+                     {"priceTrendLabel", "价格趋势"},
+                     {"auctionVolumeRatioLabel", "竞价量昨比"},
+                     {"highestConsecutiveLabel", "最高连板"},
+                     {"recentLimitUpLabel", "最近涨停"},
+                     {"firstBoardClosingRateLabel", "首板封板率"},
+                     {"floatSharesLabel", "流通股Z"},
+                     {"openingTurnoverLabel", "开盘换手Z"},
+                     {"openingGainLabel", "开盘涨幅"},
+                     {"firstBoardBreakoutLabel", "首板炸板次"},
+                     {"ma5ConsecutiveDaysLabel", "站上5日线"},
+                     {"consecutiveBreakoutLabel", "连炸次数"},
+                     {"firstBoardCountLabel", "首板次数"},
+                     {"openingAmountLabel", "开盘金额"},
+                     {"preRiseLabel", "昨日涨幅"},
+                     {"rsiLabel", "RSI指标"},
+                     {"marketActivityLabel", "市场活跃度"},
+                     {"limitupPriceLabel", "今开/涨停"},
+                     {"yoyLabel", "同比"},
+                     {"marketCapLabel", "市值Z"},
+                     {"netProfitLabel", "净利润"}};
+        for (const auto &cell : cells) {
+            auto *caption = page.find<QLabel>(cell.label);
+            QVERIFY2(caption != nullptr, cell.label);
+            QCOMPARE(caption->text(), QString::fromUtf8(cell.caption));
+            QVERIFY2(caption->isVisible(), cell.label);
+        }
     }
 
     // --- links, portals, hot keys --------------------------------------------------------------------------
