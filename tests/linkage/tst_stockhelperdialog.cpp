@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QGroupBox>
 #include <QJsonArray>
 #include <QLabel>
 #include <QMessageBox>
@@ -189,6 +190,18 @@ private slots:
         QCOMPARE(find<QPushButton>("closeButton")->text(), QStringLiteral("关闭"));
         QCOMPARE(currentVersion(), QStringLiteral("当前版本: 未测试"));
         QCOMPARE(find<QLabel>("currentVersionLabel")->styleSheet(), greyLook);
+        QStringList groups;
+        for (const QGroupBox *group : m_dialog->findChildren<QGroupBox *>())
+            groups.append(group->title());
+        QCOMPARE(groups, (QStringList{QStringLiteral("软件配置"), QStringLiteral("当前联动软件")}));
+        QStringList captions;
+        for (const QLabel *label : m_dialog->findChildren<QLabel *>()) {
+            if (label->buddy() != nullptr)
+                captions.append(label->text() + label->buddy()->objectName());
+        }
+        QCOMPARE(captions,
+                 (QStringList{QStringLiteral("通达信:tdxComboBox"), QStringLiteral("同花顺:thsComboBox"),
+                              QStringLiteral("选择当前的联动软件:currentSoftwareComboBox")}));
     }
 
     void theServiceFillsTheForm()
@@ -204,6 +217,19 @@ private slots:
         QCOMPARE(find<QLabel>("currentVersionLabel")->styleSheet(), greenLook);
         QCOMPARE(box("tdxComboBox")->count(), 5);
         QVERIFY(m_boxes->shown.isEmpty());
+    }
+
+    void aProgramThatNobodyKnowsLeavesTheFormAlone()
+    {
+        m_service->linkageConfig = {{QStringLiteral("current_software"), QStringLiteral("wind")},
+                                    {QStringLiteral("tdx_version"), QStringLiteral("7.62")},
+                                    {QStringLiteral("ths_version"), QStringLiteral("9.34")}};
+        open();
+        QTRY_COMPARE(box("tdxComboBox")->currentText(), QStringLiteral("7.62"));
+        QTRY_COMPARE(box("thsComboBox")->currentText(), QStringLiteral("9.34"));
+        QCOMPARE(box("currentSoftwareComboBox")->currentIndex(), 0);
+        QCOMPARE(currentVersion(), QStringLiteral("当前版本: 未测试"));
+        QCOMPARE(find<QLabel>("currentVersionLabel")->styleSheet(), greyLook);
     }
 
     void withoutALoginTheDialogWarnsAndStaysOpen()
@@ -287,6 +313,79 @@ private slots:
                               {QStringLiteral("tdx_offset_addr"), QStringLiteral("3000")},
                               {QStringLiteral("ths_offset_addr"), QString()}}));
         QCOMPARE(m_platform->openHandles().size(), 0);
+    }
+
+    void theConfirmedVersionStaysWhenTheTrialOfAnotherFails()
+    {
+        m_service->linkageConfig.insert(QStringLiteral("tdx_version"), QStringLiteral("7.62"));
+        m_platform->processes = {tdx(), ths()};
+        openWithLists();
+        QTRY_COMPARE(currentVersion(), QStringLiteral("当前版本: 7.62"));
+        box("tdxComboBox")->setCurrentIndex(4);
+        m_boxes->answer = QMessageBox::No;
+        click("tdxTestButton");
+        QCOMPARE(m_boxes->shown.size(), 1);
+        QCOMPARE(currentVersion(), QStringLiteral("当前版本: 7.62"));
+        // The program counts as not tested any more, and yet its version is not lost.
+        click("saveButton");
+        QCOMPARE(m_boxes->shown.last(), QStringLiteral("保存失败: 请先测试至少一个软件版本"));
+        box("thsComboBox")->setCurrentIndex(2);
+        click("thsTestButton");
+        QTRY_COMPARE(m_service->posted().size(), 1);
+        const QJsonObject saved = m_service->posted().first();
+        QCOMPARE(saved.value(QStringLiteral("tdx_version")).toString(), QStringLiteral("7.62"));
+        QCOMPARE(saved.value(QStringLiteral("tdx_offset_addr")).toString(), QStringLiteral("2000"));
+        QCOMPARE(saved.value(QStringLiteral("ths_version")).toString(), QStringLiteral("9.33"));
+    }
+
+    void aBoxThatIsEmptiedCountsAsNotTested_data()
+    {
+        QTest::addColumn<QByteArray>("box");
+        QTest::addColumn<QString>("versionKey");
+        QTest::addColumn<QString>("version");
+        QTest::newRow("tdx") << QByteArray("tdxComboBox") << QStringLiteral("tdx_version")
+                             << QStringLiteral("7.62");
+        QTest::newRow("ths") << QByteArray("thsComboBox") << QStringLiteral("ths_version")
+                             << QStringLiteral("9.32");
+    }
+
+    void aBoxThatIsEmptiedCountsAsNotTested()
+    {
+        QFETCH(QByteArray, box);
+        QFETCH(QString, versionKey);
+        QFETCH(QString, version);
+        m_service->linkageConfig.insert(versionKey, version);
+        openWithLists();
+        auto *versions = find<QComboBox>(box.constData());
+        QTRY_COMPARE(versions->currentText(), version);
+        // Another choice is none of its business.
+        versions->setCurrentIndex(0);
+        versions->setCurrentIndex(-1);
+        QCOMPARE(versions->currentText(), QString());
+        click("saveButton");
+        QCOMPARE(m_boxes->shown, QStringList{QStringLiteral("保存失败: 请先测试至少一个软件版本")});
+        QVERIFY(m_service->posted().isEmpty());
+    }
+
+    void aChoiceBeyondTheListIsAnError_data()
+    {
+        QTest::addColumn<QByteArray>("box");
+        QTest::addColumn<QByteArray>("button");
+        QTest::newRow("tdx") << QByteArray("tdxComboBox") << QByteArray("tdxTestButton");
+        QTest::newRow("ths") << QByteArray("thsComboBox") << QByteArray("thsTestButton");
+    }
+
+    void aChoiceBeyondTheListIsAnError()
+    {
+        QFETCH(QByteArray, box);
+        QFETCH(QByteArray, button);
+        m_platform->processes = {tdx(), ths()};
+        openWithLists();
+        auto *versions = find<QComboBox>(box.constData());
+        versions->addItem(QStringLiteral("nobody's"));
+        versions->setCurrentIndex(5);
+        click(button.constData());
+        QCOMPARE(m_boxes->shown, QStringList{QStringLiteral("错误: 选中的版本索引无效")});
     }
 
     void aVersionThatDoesNotFitOffersTheAutomaticTest()
@@ -462,6 +561,26 @@ private slots:
         QCOMPARE(m_boxes->shown.count(QStringLiteral("错误: 操作失败: 同样的错误")), 1);
     }
 
+    void theSameErrorIsShownAgainASecondLater()
+    {
+        const QString error = QStringLiteral("错误: 操作失败: 服务维护中");
+        for (const char *path : {"/stockhelper/config", "/stockhelper/software_list"})
+            m_service->answerPath(
+                path, RawAnswer::json({{QStringLiteral("error"), QStringLiteral("服务维护中")}}, 500));
+        open();
+        QTRY_COMPARE(m_boxes->shown, QStringList{error});
+        QElapsedTimer sinceFirst;
+        sinceFirst.start();
+        // The failure goes on; each new dialog runs into it.
+        const auto shownAgain = [this] {
+            open();
+            return QTest::qWaitFor([this] { return m_boxes->shown.size() > 1; }, 200);
+        };
+        QTRY_VERIFY(shownAgain());
+        QVERIFY2(sinceFirst.elapsed() >= 500, qPrintable(QString::number(sinceFirst.elapsed())));
+        QCOMPARE(m_boxes->shown, (QStringList{error, error}));
+    }
+
     void choosingTheProgramStoresItAndShowsItsVersion()
     {
         ConfigManager::instance()->setThsVersion(QStringLiteral("9.31"));
@@ -473,6 +592,11 @@ private slots:
         QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("tdx"));
         QCOMPARE(currentVersion(), QStringLiteral("当前版本: 未测试"));
         QCOMPARE(find<QLabel>("currentVersionLabel")->styleSheet(), greyLook);
+        // No choice is stored too, as the one before it.
+        ConfigManager::instance()->setCurrentSoftware(QStringLiteral("ths"));
+        box("currentSoftwareComboBox")->setCurrentIndex(-1);
+        QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("tdx"));
+        QCOMPARE(currentVersion(), QStringLiteral("当前版本: 未测试"));
     }
 
     void closingSavesNothing()
