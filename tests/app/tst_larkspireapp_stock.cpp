@@ -32,6 +32,15 @@
 namespace {
 
 const QString tdxw = QStringLiteral(STANDIN_TDXW);
+const QString hexin = QStringLiteral(STANDIN_HEXIN);
+
+/// The program whose version the set-up finds, and the code that is open in it.
+struct Trial
+{
+    QString software = QStringLiteral("tdx");
+    QString word = QStringLiteral("通达信");
+    QString code = QStringLiteral("600519");
+};
 
 QStringList keysOf(const char *digits)
 {
@@ -61,6 +70,8 @@ private slots:
     void tenCodesInTenSecondsEndOnTheRightStockWhenTheServiceIsSlow();
     void theNameLeadsToTheNewsAboutIt();
     void theLinkageIsTakenOverAtTheLogin();
+    void theVersionOfThsIsFoundByItsTrialToo();
+    void aProgramThatMessagesDoNotReachStopsNothing();
 
 private:
     template <typename Kind>
@@ -73,7 +84,7 @@ private:
     QString pageStatus() const { return page()->findChild<QLabel *>(QStringLiteral("statusLabel"))->text(); }
 
     void openWindow();
-    void setUpLinkage();
+    void setUpLinkage(const Trial &trial = {});
     void switchOn();
     bool follows(const char *code);
 
@@ -126,10 +137,10 @@ void TestLarkspireAppStock::openWindow()
 }
 
 /// As a new user does it: by the automatic test of the set-up dialog.
-void TestLarkspireAppStock::setUpLinkage()
+void TestLarkspireAppStock::setUpLinkage(const Trial &trial)
 {
-    const DialogVisit visit(QStringLiteral("股票软件联动设置"), [](QDialog &dialog) {
-        QTRY_VERIFY(dialog.findChild<QComboBox *>(QStringLiteral("tdxComboBox"))->count() > 1);
+    const DialogVisit visit(QStringLiteral("股票软件联动设置"), [&trial](QDialog &dialog) {
+        QTRY_VERIFY(dialog.findChild<QComboBox *>(trial.software + QStringLiteral("ComboBox"))->count() > 1);
         QTimer boxes;
         QStringList shown;
         connect(&boxes, &QTimer::timeout, &dialog, [&shown] {
@@ -140,9 +151,9 @@ void TestLarkspireAppStock::setUpLinkage()
             box->buttons().first()->click();
         });
         boxes.start(50);
-        dialog.findChild<QPushButton *>(QStringLiteral("tdxTestButton"))->click();
+        dialog.findChild<QPushButton *>(trial.software + QStringLiteral("TestButton"))->click();
         QCOMPARE(shown.size(), 2);
-        QCOMPARE(shown.first(), QStringLiteral("成功读取通达信股票代码: 600519"));
+        QCOMPARE(shown.first(), QStringLiteral("成功读取%1股票代码: %2").arg(trial.word, trial.code));
         QVERIFY(shown.last().startsWith(QStringLiteral("找到匹配的版本：")));
         dialog.findChild<QPushButton *>(QStringLiteral("saveButton"))->click();
     });
@@ -299,6 +310,49 @@ void TestLarkspireAppStock::theLinkageIsTakenOverAtTheLogin()
     find<QCheckBox>("autoRefreshCheckBox")->click();
     QVERIFY(page()->isMonitoring()); // without asking first
     QVERIFY(follows("600519"));
+}
+
+void TestLarkspireAppStock::theVersionOfThsIsFoundByItsTrialToo()
+{
+    StandIn ths(hexin, {QStringLiteral("--code"), QStringLiteral("300750")}, QString());
+    QVERIFY(ths.isUp(*m_reading));
+    openWindow();
+    setUpLinkage();
+    setUpLinkage({QStringLiteral("ths"), QStringLiteral("同花顺"), QStringLiteral("300750")});
+    QCOMPARE(StockApiConfig::instance()->getThsOffset(), QStringLiteral("0x121C48"));
+    QCOMPARE(StockApiConfig::instance()->getTdxOffset(), QStringLiteral("0x120A50")); // kept
+    QCOMPARE(find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("同花顺"));
+    switchOn();
+    QVERIFY2(follows("300750"), qPrintable(pageStatus()));
+    QVERIFY(ths.order("open 000001"));
+    QVERIFY2(follows("000001"), qPrintable(pageStatus()));
+    // Both have a tested version now: the button beside the name goes from one to the other.
+    find<QPushButton>("softwareSwitchButton")->click();
+    QVERIFY2(follows("600519"), qPrintable(pageStatus()));
+    QVERIFY(m_tdx->order("open 688981"));
+    QVERIFY2(follows("688981"), qPrintable(pageStatus()));
+}
+
+void TestLarkspireAppStock::aProgramThatMessagesDoNotReachStopsNothing()
+{
+    // A program of this system takes no messages of Windows.
+    StandIn ths(hexin, {QStringLiteral("--code"), QStringLiteral("601318")}, QString());
+    QVERIFY(ths.isUp(*m_reading));
+    openWindow();
+    setUpLinkage();
+    page()->findChild<QComboBox *>(QStringLiteral("linkageComboBox"))->setCurrentIndex(1);
+    switchOn();
+    // What is said at the tick, ahead of the answer.
+    QStringList said;
+    QTimer *timer = page()->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly).first();
+    connect(timer, &QTimer::timeout, timer, [this, &said] { said.append(pageStatus()); });
+    QVERIFY2(follows("600519"), qPrintable(pageStatus()));
+    QVERIFY(m_tdx->order("open 300750"));
+    QVERIFY2(follows("300750"), qPrintable(pageStatus()));
+    for (const char *code : {"600519", "300750"})
+        QVERIFY2(said.contains(QStringLiteral("发送代码 %1 到 同花顺 失败").arg(QString::fromLatin1(code))),
+                 qPrintable(said.join(QLatin1Char('\n'))));
+    timer->disconnect(timer);
 }
 
 LARKSPIRE_TEST_MAIN(TestLarkspireAppStock)
