@@ -118,13 +118,14 @@ LarkspireApp::~LarkspireApp()
     m_volumeHideTimer->stop();
     m_revealTimer->stop();
     m_raiseTimer->stop();
+    // Ahead of the speech: its service may hang, and the process is then ended from outside.
+    saveSettings();
     if (m_speechManager)
         m_speechManager->setEnabled(false);
     if (m_workerThread) {
         m_workerThread->quit();
         m_workerThread->wait(0);
     }
-    saveSettings();
 }
 
 void LarkspireApp::createManagers()

@@ -59,7 +59,7 @@ public:
     /// Builds everything, reads the settings and starts the automatic login; its answer arrives in the event
     /// loop. The application object and the program's identity must stand.
     LarkspireApp();
-    /// Stops the timers, switches speech off and stores the settings.
+    /// Stops the timers, stores the settings and switches speech off.
     ~LarkspireApp() override;
     Q_DISABLE_COPY_MOVE(LarkspireApp)
 
@@ -67,6 +67,11 @@ public:
     /// "Features/RememberWindowState" on, it comes back at its stored place; a window in sight stays where it
     /// is.
     void showAndActivateWindow();
+
+signals:
+    /// The user has chosen the end of the program: the settings are stored, speech is switched off next, and
+    /// the event loop ends.
+    void endBegins();
 
 private slots:
     // The news cycle.

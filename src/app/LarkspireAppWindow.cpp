@@ -312,6 +312,8 @@ void LarkspireApp::onExitClicked()
 {
     if (!confirmExit())
         return;
+    saveSettings();
+    emit endBegins();
     if (m_speechManager)
         m_speechManager->setEnabled(false);
     QCoreApplication::quit();

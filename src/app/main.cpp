@@ -1,3 +1,4 @@
+#include "app/EndLimit.h"
 #include "app/EventLoopGuard.h"
 #include "app/FontSubstitution.h"
 #include "app/LarkspireApp.h"
@@ -14,7 +15,15 @@
 #include <QTextCodec>
 #include <QTranslator>
 
+#include <chrono>
+#include <cstdlib>
+
+using namespace std::chrono_literals;
+
 namespace {
+
+/// Far more than a healthy end takes, and little enough for somebody who waits for it.
+constexpr auto LongestEnd = 5s;
 
 /// Sizes in pixels are device-independent: the display's factor is taken as it is, 125 % included. Has to
 /// run ahead of the application object.
@@ -61,9 +70,14 @@ int main(int argc, char *argv[])
         }
     }
 
+    EndLimit endLimit(LongestEnd);
     LarkspireApp window;
+    QObject::connect(&window, &LarkspireApp::endBegins, &window,
+                     [&endLimit] { endLimit.begin(EXIT_SUCCESS); });
     QObject::connect(&application, &SingleApplication::instanceStarted, &window,
                      &LarkspireApp::showAndActivateWindow);
     const TerminationSignals terminationSignals;
-    return EventLoopGuard::exec();
+    const int exitCode = EventLoopGuard::exec();
+    endLimit.begin(exitCode);
+    return exitCode;
 }

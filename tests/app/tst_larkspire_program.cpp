@@ -24,10 +24,12 @@ private slots:
     void askedToEndByTheSystemItStoresTheSettings();
     void exitByTheMenuEndsWithZeroAndStoresTheSettings();
     void logOffStoresTheSettingsAndIsNotHeldUp();
+    void speechThatHangsDoesNotHoldUpTheEnd_data();
+    void speechThatHangsDoesNotHoldUpTheEnd();
 
 private:
     static void storeLogin(const QString &serverUrl);
-    void startProgram();
+    void startProgram(const QString &program = QStringLiteral(LARKSPIRE_PROGRAM));
     /// The title of the window that has the focus.
     static QString activeTitle();
     /// How many windows of this title are on the screen; without one, the program's main windows.
@@ -51,15 +53,17 @@ void TestLarkspireProgram::cleanup()
         m_program->terminate();
         m_program->waitForFinished();
     }
+    if (m_program)
+        qInfo().noquote() << "The program's log:" << m_program->readAllStandardError();
     m_program.reset();
     m_service.reset();
 }
 
-void TestLarkspireProgram::startProgram()
+void TestLarkspireProgram::startProgram(const QString &program)
 {
     m_program = std::make_unique<QProcess>();
-    m_program->setProcessChannelMode(QProcess::ForwardedChannels);
-    m_program->start(QStringLiteral(LARKSPIRE_PROGRAM), QStringList());
+    m_program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
+    m_program->start(program, QStringList());
     QVERIFY(m_program->waitForStarted());
 }
 
@@ -207,6 +211,47 @@ void TestLarkspireProgram::logOffStoresTheSettingsAndIsNotHeldUp()
     QVERIFY(QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
     m_program->kill();
     QVERIFY(m_program->waitForFinished());
+}
+
+void TestLarkspireProgram::speechThatHangsDoesNotHoldUpTheEnd_data()
+{
+    QTest::addColumn<QByteArray>("hangs");
+    QTest::addColumn<bool>("byTheMenu");
+    QTest::addColumn<bool>("cutOff");
+    QTest::newRow("not at all") << QByteArray("never") << true << false;
+    QTest::newRow("when told to stop, by the menu") << QByteArray("in stop") << true << true;
+    QTest::newRow("when told to stop, by the system") << QByteArray("in stop") << false << true;
+    QTest::newRow("when it goes") << QByteArray("at its end") << true << true;
+}
+
+void TestLarkspireProgram::speechThatHangsDoesNotHoldUpTheEnd()
+{
+    QFETCH(QByteArray, hangs);
+    QFETCH(bool, byTheMenu);
+    QFETCH(bool, cutOff);
+    storeLogin(m_service->baseUrl());
+    QSettings(settingsFilePath(), QSettings::IniFormat)
+        .setValue(QStringLiteral("Features/EnableNotification"), false);
+    qputenv("LARKSPIRE_TEST_SPEECH_HANGS", hangs);
+    startProgram(QStringLiteral(LARKSPIRE_WITH_HANGING_SPEECH));
+    qunsetenv("LARKSPIRE_TEST_SPEECH_HANGS");
+    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), QStringLiteral("云雀资讯"), 20000);
+    QVERIFY(!QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+    if (byTheMenu) {
+        QVERIFY(run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Alt_L"),
+                                                QStringLiteral("Down"), QStringLiteral("Return")}));
+    } else {
+        m_program->terminate();
+    }
+    QVERIFY(m_program->waitForFinished(20000));
+    QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program->exitCode(), 0);
+    QCOMPARE(m_program->readAllStandardError().contains("The program's end hangs"), cutOff);
+    QVERIFY(QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+
+    // What it leaves behind does not stand in the way of the next start.
+    startProgram();
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
 }
 
 int main(int argc, char *argv[])

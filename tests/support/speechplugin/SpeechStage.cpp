@@ -31,6 +31,7 @@ void SpeechStage::reset()
     locale = fresh.locale;
     languagesThrow = fresh.languagesThrow;
     speaksAtOnce = fresh.speaksAtOnce;
+    hang = fresh.hang;
     m_said.clear();
     m_stopCount = 0;
 }

@@ -26,6 +26,14 @@ public:
         Throws ///< an exception, as a broken plug-in of another maker might let through
     };
 
+    /// What an engine never comes back from, like one whose service answers no more.
+    enum class Hang
+    {
+        Never,
+        InStop,
+        AtItsEnd ///< when it is destroyed
+    };
+
     static SpeechStage &instance();
 
     /// Makes the staged engine the one of the process. Call it after the application object and ahead of the
@@ -47,6 +55,9 @@ public:
     /// Whether an engine speaks as soon as it is told to. False: it stays as it was until the test calls
     /// StagedSpeechEngine::enter(), like an engine that works in another process.
     bool speaksAtOnce = true;
+
+    /// Where engines hang, and with them the thread that called.
+    Hang hang = Hang::Never;
 
     /// Texts in the order in which any engine was told to say them.
     const QStringList &said() const { return m_said; }

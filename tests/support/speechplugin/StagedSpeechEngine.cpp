@@ -2,7 +2,19 @@
 
 #include "support/speechplugin/SpeechStage.h"
 
+#include <QThread>
+
 #include <stdexcept>
+
+namespace {
+
+void hangIf(SpeechStage::Hang here)
+{
+    while (SpeechStage::instance().hang == here)
+        QThread::sleep(1);
+}
+
+} // namespace
 
 StagedSpeechEngine::StagedSpeechEngine(QObject *parent)
     : QTextToSpeechEngine(parent)
@@ -14,6 +26,7 @@ StagedSpeechEngine::StagedSpeechEngine(QObject *parent)
 
 StagedSpeechEngine::~StagedSpeechEngine()
 {
+    hangIf(SpeechStage::Hang::AtItsEnd);
     SpeechStage::instance().m_engines.removeOne(this);
 }
 
@@ -46,6 +59,7 @@ void StagedSpeechEngine::say(const QString &text)
 
 void StagedSpeechEngine::stop()
 {
+    hangIf(SpeechStage::Hang::InStop);
     ++SpeechStage::instance().m_stopCount;
     if (m_state == QTextToSpeech::Speaking || m_state == QTextToSpeech::Paused)
         enter(QTextToSpeech::Ready);
