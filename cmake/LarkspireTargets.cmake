@@ -10,6 +10,11 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+  if(LARKSPIRE_PRECOMPILE)
+    # Without this the cache passes by whatever is compiled with a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+      "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros;${CCACHE_PROGRAM}")
+  endif()
 endif()
 
 # Language and warning flags for all of the project's own code.
@@ -35,6 +40,39 @@ target_compile_definitions(larkspire_qt_flags INTERFACE
   QT_STRICT_ITERATORS
   QT_DEPRECATED_WARNINGS)
 
+# With LARKSPIRE_PRECOMPILE the headers of Qt are read once for all tests, and for all of the desktop where it is built
+# without optimising. The optimised desktop is always built from its own include lines, which shows a missing one.
+#
+# A header compiled ahead fits only sources that agree on every macro it was made with: so none of Qt's markers of a
+# linked module stands in it but the core's, and QtTest, which asks for them, is left out.
+function(larkspire_precompiled_qt owner)
+  file(WRITE "${CMAKE_BINARY_DIR}/${owner}.cpp" "")
+  add_library(${owner} STATIC "${CMAKE_BINARY_DIR}/${owner}.cpp")
+  set_target_properties(${owner} PROPERTIES AUTOMOC OFF AUTORCC OFF)
+  target_link_libraries(${owner} PRIVATE larkspire_qt_flags Qt5::Core)
+  foreach(module IN ITEMS Qt5::Gui Qt5::Widgets Qt5::Network)
+    target_include_directories(${owner} SYSTEM PRIVATE $<TARGET_PROPERTY:${module},INTERFACE_INCLUDE_DIRECTORIES>)
+  endforeach()
+  target_compile_options(${owner} PRIVATE ${ARGN})
+  target_precompile_headers(${owner} PRIVATE <QtCore> <QtNetwork> <QtWidgets>)
+endfunction()
+
+function(larkspire_reuse_precompiled target owner)
+  if(LARKSPIRE_PRECOMPILE)
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+    # A test includes its meta-objects itself, which leaves this source empty.
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL EXECUTABLE)
+      set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/mocs_compilation.cpp"
+        PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+    endif()
+    # Unoptimised code holds every inline function of its headers, and those want linking.
+    target_link_libraries(${target} PRIVATE $<LINK_ONLY:Qt5::Widgets> $<LINK_ONLY:Qt5::Network>)
+    # So that a compiler cache sees which header it was.
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+  endif()
+endfunction()
+
 # larkspire_library(NAME SOURCES file... [LINK target...] [LINK_PRIVATE target...])
 # A static library of the desktop. Headers are included as "folder/Class.h" from src/.
 function(larkspire_library name)
@@ -42,6 +80,9 @@ function(larkspire_library name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE larkspire_qt_flags ${ARG_LINK_PRIVATE})
+  if(LARKSPIRE_SANITIZE)
+    larkspire_reuse_precompiled(${name} larkspire_unoptimised_qt)
+  endif()
 endfunction()
 
 # larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] [WINE] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
@@ -56,6 +97,7 @@ function(larkspire_test name)
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
   # What is tested is optimised; optimising the test itself only lengthens the build.
   target_compile_options(${name} PRIVATE -O0)
+  larkspire_reuse_precompiled(${name} larkspire_unoptimised_qt)
   set(around)
   set(platform offscreen)
   if(ARG_DISPLAY)
