@@ -1,6 +1,7 @@
 #include "stockviews/StockAnalysisUi.h"
 
 #include "stockviews/ElidingLabel.h"
+#include "stockviews/NameLabel.h"
 #include "stockviews/StockPortals.h"
 #include "stockviews/ValueLabel.h"
 
@@ -191,9 +192,7 @@ void StockAnalysisUi::buildControlGroup(QWidget *page)
 
 void StockAnalysisUi::buildHeader(QWidget *page)
 {
-    companyNameLabel = make<QLabel>(QStringLiteral("companyNameLabel"), page);
-    companyNameLabel->setTextFormat(Qt::RichText);
-    companyNameLabel->setOpenExternalLinks(false);
+    companyNameLabel = make<NameLabel>(QStringLiteral("companyNameLabel"), page);
     companyNameLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     searchStockButton = makeButton(QStringLiteral("searchStockButton"), QStringLiteral("异"), page,
                                    QStringLiteral("点击查看异动解析"));

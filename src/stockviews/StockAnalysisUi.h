@@ -6,6 +6,7 @@
 #include <QString>
 
 class ElidingLabel;
+class NameLabel;
 class QCheckBox;
 class QComboBox;
 class QGridLayout;
@@ -62,7 +63,7 @@ struct StockAnalysisUi
     QPushButton *compactModeButton = nullptr;
 
     QGridLayout *grid = nullptr;
-    QLabel *companyNameLabel = nullptr;
+    NameLabel *companyNameLabel = nullptr;
     ElidingLabel *regionLabel = nullptr;
     ElidingLabel *industryLabel = nullptr;
     ElidingLabel *businessLabel = nullptr;

@@ -13,6 +13,7 @@
 #include "stockclient/StockApiClient.h"
 #include "stockviews/ElidingLabel.h"
 #include "stockviews/LimitUpPopup.h"
+#include "stockviews/NameLabel.h"
 #include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockPageRules.h"
 #include "stockviews/StockPortals.h"

@@ -1,6 +1,7 @@
 // The compact mode of the stock page: the main window as a small frameless panel of this page alone.
 
 #include "stockviews/ElidingLabel.h"
+#include "stockviews/NameLabel.h"
 #include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockPageRules.h"

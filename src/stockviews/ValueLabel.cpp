@@ -1,16 +1,22 @@
 #include "stockviews/ValueLabel.h"
 
+#include "stockviews/TextPlate.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QPainter>
+#include <QTextBlock>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
 // Kept free at either side, so that round corners cut no text.
 constexpr int SideRoom = 2;
+constexpr double PlateRoom = 4; // beside the text
+constexpr double PlateRadius = 4;
 
 } // namespace
 
@@ -32,7 +38,18 @@ void ValueLabel::showValue(const QString &text, const QString &style)
         return;
     setText(text);
     m_document.setHtml(text);
+    const QTextCharFormat format = m_document.firstBlock().begin().fragment().charFormat();
+    const bool isColored = format.foreground().style() != Qt::NoBrush;
+    m_textColor =
+        isColored && format.background().style() == Qt::NoBrush ? format.foreground().color() : QColor();
     fit();
+}
+
+QColor ValueLabel::plateColor() const
+{
+    if (!styleSheet().isEmpty())
+        return {}; // it brings a ground along
+    return TextPlate::plateFor(m_textColor, palette().color(QPalette::Window));
 }
 
 void ValueLabel::setConfiguredPointSize(qreal points)
@@ -100,6 +117,16 @@ void ValueLabel::paintEvent(QPaintEvent *)
     QPainter painter(this);
     drawFrame(&painter);
     const QSizeF size(m_document.idealWidth(), m_document.size().height());
+    const QColor plate = plateColor();
+    if (plate.isValid()) {
+        const double plateWidth = std::min(size.width() + 2 * PlateRoom, double(width()));
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(plate);
+        painter.drawRoundedRect(
+            QRectF((width() - plateWidth) / 2, (height() - size.height()) / 2, plateWidth, size.height()),
+            PlateRadius, PlateRadius);
+    }
     painter.translate((width() - size.width()) / 2, (height() - size.height()) / 2);
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette = palette();

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QColor>
 #include <QLabel>
 #include <QTextDocument>
 
 /// A value in the stock grid: rich text in the middle of a coloured ground or of none. What it says changes
 /// neither its place nor its size: it asks for the height of one line and no width of its own, and a text too
-/// long for the width is written smaller.
+/// long for the width is written smaller. Coloured text that is hard to tell from the page has a plate behind
+/// it.
 class ValueLabel final : public QLabel
 {
     Q_OBJECT
@@ -28,6 +30,9 @@ public:
     /// The size in points that the text is written in now.
     qreal writtenPointSize() const { return m_document.defaultFont().pointSizeF(); }
 
+    /// The colour of the plate that lies behind the text now; no valid colour for none.
+    QColor plateColor() const;
+
     /// The width in pixels that the text takes now.
     qreal textWidth() const { return m_document.idealWidth(); }
 
@@ -44,6 +49,7 @@ private:
     int lineHeight(qreal points) const;
 
     QTextDocument m_document;
+    QColor m_textColor; ///< of text that has a colour and no ground of its own
     qreal m_configuredPointSize = 12.0;
     qreal m_pointSize = 12.0;
 };

@@ -3,7 +3,9 @@
 #include "linkage/StockHelperDialog.h"
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
+#include "settings/MainWindowSkin.h"
 #include "stockclient/StockApiConfig.h"
+#include "stockviews/NameLabel.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockPageFixture.h"
 #include "stockviews/StockRendering.h"
@@ -25,6 +27,7 @@
 #include <QNetworkProxy>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -1089,6 +1092,51 @@ private slots:
             QCOMPARE(written(label), 9.0);
         for (const char *label : {"openingGainValueLabel", "openingTurnoverValueLabel", "ma5StatusLabel"})
             QCOMPARE(written(label), 15.0);
+    }
+
+    void whatIsHardToTellFromThePageHasAPlate_data()
+    {
+        QTest::addColumn<QByteArray>("code");
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<bool>("namePlate");
+        QTest::newRow("main board, light") << QByteArray("600519") << false << true;
+        QTest::newRow("main board, dark") << QByteArray("600519") << true << false;
+        QTest::newRow("star market, light") << QByteArray("688981") << false << false;
+        QTest::newRow("star market, dark") << QByteArray("688981") << true << true;
+        QTest::newRow("no stock, light") << QByteArray("510300") << false << true;
+        QTest::newRow("no stock, dark") << QByteArray("510300") << true << false;
+    }
+
+    void whatIsHardToTellFromThePageHasAPlate()
+    {
+        QFETCH(QByteArray, code);
+        QFETCH(bool, dark);
+        QFETCH(bool, namePlate);
+        StockPageFixture page;
+        page.openInTdx(code);
+        page.openPage();
+        auto *name = page.find<NameLabel>("companyNameLabel");
+        QVERIFY(!name->plateColor().isValid()); // dashes are in the colour of the skin
+        const auto restore =
+            qScopeGuard([light = QApplication::palette()] { QApplication::setPalette(light); });
+        if (dark)
+            QApplication::setPalette(MainWindowSkin::darkPalette());
+        page.switchOn();
+        page.tick();
+        QTRY_VERIFY(page.text("companyNameLabel").contains(QString::fromLatin1(code)));
+        QCOMPARE(name->plateColor().isValid(), namePlate);
+        const QImage picture = name->grab().toImage();
+        const QPoint beside(2, name->height() / 2); // ahead of the text, which begins at the same place
+        QCOMPARE(picture.pixelColor(beside),
+                 namePlate ? name->plateColor() : page.window->palette().color(QPalette::Window));
+        if (code == "510300")
+            return;
+        // A falling value in green, one on a ground of its own, and one without a colour.
+        QTRY_COMPARE(page.status(), updated(code.constData()));
+        QCOMPARE(page.find<ValueLabel>("increase5dValueLabel")->plateColor().isValid(), dark);
+        QVERIFY(!page.find<ValueLabel>("netProfitValueLabel")->plateColor().isValid());
+        QVERIFY(!page.find<ValueLabel>("rsiValueLabel")->plateColor().isValid());
+        QVERIFY(!page.find<ValueLabel>("marketCapValueLabel")->plateColor().isValid());
     }
 
     void everyValueHasItsCaption()
