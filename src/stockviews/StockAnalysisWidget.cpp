@@ -11,6 +11,7 @@
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
+#include "stockviews/DynamicAnalysisDialog.h"
 #include "stockviews/ElidingLabel.h"
 #include "stockviews/LimitUpPopup.h"
 #include "stockviews/NameLabel.h"
@@ -78,7 +79,7 @@ StockAnalysisWidget::StockAnalysisWidget(Surroundings surroundings, QWidget *par
 {
     m_ui->setupUi(this);
     // What these open does not exist yet.
-    for (QPushButton *button : {m_ui->themeButton, m_ui->searchStockButton, m_ui->blacklistButton})
+    for (QPushButton *button : {m_ui->themeButton, m_ui->blacklistButton})
         button->setEnabled(false);
     m_refreshTimer->setInterval(TickMs);
     m_popupHideTimer->setSingleShot(true);
@@ -118,6 +119,8 @@ void StockAnalysisWidget::connectClient()
             &StockAnalysisWidget::onComprehensiveInfoReceived);
     connect(m_apiClient, &StockApiClient::limitUpDetailInfoReceived, this,
             &StockAnalysisWidget::onLimitUpDetailInfoReceived);
+    connect(m_apiClient, &StockApiClient::dynamicAnalysisReceived, this,
+            &StockAnalysisWidget::onDynamicAnalysisReceived);
     connect(m_apiClient, &StockApiClient::queryError, this,
             QOverload<const QString &, const QString &>::of(&StockAnalysisWidget::onQueryError));
 }
@@ -148,6 +151,8 @@ void StockAnalysisWidget::setupConnections()
     connect(m_ui->softwareSwitchButton, &QPushButton::clicked, this,
             &StockAnalysisWidget::onSoftwareSwitchButtonClicked);
     connect(m_ui->compactModeButton, &QPushButton::clicked, this, &StockAnalysisWidget::onCompactModeToggled);
+    connect(m_ui->searchStockButton, &QPushButton::clicked, this,
+            &StockAnalysisWidget::onSearchStockButtonClicked);
     connect(m_ui->autoRefreshCheckBox, &QCheckBox::toggled, this, &StockAnalysisWidget::onAutoRefreshToggled);
     connect(m_ui->linkageComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &StockAnalysisWidget::onLinkageComboBoxChanged);
@@ -210,6 +215,8 @@ void StockAnalysisWidget::reloadSettings()
     sizes.opening = settings->getOpeningMarketFontSize();
     m_ui->setFontSizes(sizes);
     showAgain();
+    if (m_dynamicAnalysisDialog)
+        m_dynamicAnalysisDialog->reloadSettings();
     if (m_isMonitoring) {
         unregisterHotkeys();
         registerHotkeys();

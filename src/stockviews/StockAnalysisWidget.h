@@ -17,6 +17,7 @@
 #include <optional>
 
 class AuthManager;
+class DynamicAnalysisDialog;
 class GlobalHotkey;
 class LimitUpPopup;
 class PlatformOperations;
@@ -101,6 +102,8 @@ private slots:
     void onQueryError(const QString &error);
     void onStockCodeChanged();
     void onStockNameLinkClicked(const QString &link);
+    void onSearchStockButtonClicked();
+    void onDynamicAnalysisReceived(const QList<DynamicAnalysisRecord> &items);
     void onClsButtonClicked();
     void onLhbButtonClicked();
     void onEastmoneyButtonClicked();
@@ -174,6 +177,10 @@ private:
     void showLimitUpPopup();
     void applySkin();
 
+    // The move analysis.
+    /// Asks for the analysis of this code where its panel is open.
+    void refreshMoveAnalysis(const QString &code);
+
     // Compact mode.
     void enterCompactMode();
     void leaveCompactMode();
@@ -196,6 +203,8 @@ private:
     GlobalHotkey *m_themeHotkey = nullptr;
     GlobalHotkey *m_analysisHotkey = nullptr;
     LimitUpPopup *m_limitUpPopup = nullptr;
+    QPointer<DynamicAnalysisDialog> m_dynamicAnalysisDialog; ///< made on first use
+    bool m_analysisFollowsStock = false;                     ///< the last query was for a panel that was open
 
     bool m_autoRefreshEnabled = false;
     bool m_isMonitoring = false;

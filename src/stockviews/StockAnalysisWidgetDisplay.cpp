@@ -36,6 +36,7 @@ void StockAnalysisWidget::displayStockInfo(const StockInfo &info)
     m_currentStockCode = info.stockCode;
     updatePortalToolTips();
     speakName(info.stockCode, info.stockName);
+    refreshMoveAnalysis(info.stockCode);
 }
 
 void StockAnalysisWidget::displayLimitStats(const LimitStats &stats)

@@ -212,6 +212,7 @@ void StockAnalysisWidget::onStockCodeChanged()
         m_currentStockName = code;
         displayPlainCode(code);
     }
+    refreshMoveAnalysis(code);
 }
 
 void StockAnalysisWidget::sendStockCode(const QString &code, const QString &target)

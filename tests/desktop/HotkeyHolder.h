@@ -8,15 +8,17 @@
 class HotkeyHolder
 {
 public:
-    /// Starts it with these arguments.
-    explicit HotkeyHolder(const QStringList &arguments)
+    /// Starts it with these arguments. \p program is its file.
+    explicit HotkeyHolder(const QStringList &arguments,
+                          const QString &program = QCoreApplication::applicationDirPath() +
+                                                   QStringLiteral("/hotkey-holder"))
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process, [this] {
             while (m_process.canReadLine())
                 m_lines.append(QString::fromUtf8(m_process.readLine()).trimmed());
         });
-        m_process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/hotkey-holder"), arguments);
+        m_process.start(program, arguments);
     }
     ~HotkeyHolder() { end(); }
     Q_DISABLE_COPY_MOVE(HotkeyHolder)

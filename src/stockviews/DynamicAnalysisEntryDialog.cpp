@@ -1,0 +1,112 @@
+#include "stockviews/DynamicAnalysisEntryDialog.h"
+
+#include "stockviews/DynamicAnalysisText.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int ContentHeight = 200;
+constexpr int RoomAroundDialog = 80; // of the screen's height
+constexpr int DialogWidth = 520;
+
+} // namespace
+
+DynamicAnalysisEntryDialog::DynamicAnalysisEntryDialog(const QString &title, QWidget *parent)
+    : QDialog(parent, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint)
+    , m_titleEdit(new QLineEdit(title.trimmed()))
+    , m_contentEdit(new QTextEdit)
+{
+    setWindowTitle(QStringLiteral("录入异动信息"));
+    setModal(true);
+
+    m_titleEdit->setObjectName(QStringLiteral("titleLineEdit"));
+    auto *titleCaption = new QLabel(QStringLiteral("标题:"));
+    titleCaption->setBuddy(m_titleEdit);
+
+    m_contentEdit->setObjectName(QStringLiteral("contentTextEdit"));
+    m_contentEdit->setAcceptRichText(false);
+    m_contentEdit->setTabChangesFocus(true);
+    m_contentEdit->setMinimumHeight(ContentHeight);
+    auto *contentCaption = new QLabel(QStringLiteral("异动解析内容:"));
+    contentCaption->setBuddy(m_contentEdit);
+
+    auto *paste = new QPushButton(QStringLiteral("从剪贴板粘贴"));
+    paste->setObjectName(QStringLiteral("pasteButton"));
+    paste->setAutoDefault(false);
+    auto *contentRow = new QHBoxLayout;
+    contentRow->addWidget(contentCaption);
+    contentRow->addStretch();
+    contentRow->addWidget(paste);
+
+    auto *buttons = new QDialogButtonBox;
+    QPushButton *confirm = buttons->addButton(QStringLiteral("确定"), QDialogButtonBox::AcceptRole);
+    confirm->setObjectName(QStringLiteral("confirmButton"));
+    confirm->setDefault(true);
+    QPushButton *cancel = buttons->addButton(QStringLiteral("取消"), QDialogButtonBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("cancelButton"));
+    cancel->setAutoDefault(false);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(titleCaption);
+    layout->addWidget(m_titleEdit);
+    layout->addLayout(contentRow);
+    layout->addWidget(m_contentEdit);
+    layout->addWidget(buttons);
+
+    const QScreen *screen = parent ? parent->window()->screen() : QGuiApplication::primaryScreen();
+    setMaximumHeight(screen->geometry().height() - RoomAroundDialog);
+    resize(DialogWidth, sizeHint().height());
+
+    connect(paste, &QPushButton::clicked, this, &DynamicAnalysisEntryDialog::onPasteClicked);
+    connect(buttons, &QDialogButtonBox::accepted, this, &DynamicAnalysisEntryDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &DynamicAnalysisEntryDialog::reject);
+    m_titleEdit->setFocus();
+}
+
+QString DynamicAnalysisEntryDialog::title() const
+{
+    return m_titleEdit->text().trimmed();
+}
+
+QString DynamicAnalysisEntryDialog::content() const
+{
+    return m_contentEdit->toPlainText();
+}
+
+void DynamicAnalysisEntryDialog::onPasteClicked()
+{
+    const QString text = QApplication::clipboard()->text();
+    if (text.isEmpty())
+        return;
+    m_contentEdit->setPlainText(text);
+    const QString title = DynamicAnalysisText::titleOfPasted(text);
+    if (!title.isEmpty())
+        m_titleEdit->setText(title);
+}
+
+void DynamicAnalysisEntryDialog::accept()
+{
+    const QString problem = DynamicAnalysisText::savingProblem(title(), content());
+    if (problem.isEmpty()) {
+        QDialog::accept();
+        return;
+    }
+    // Not run in a loop of its own: the page may go while it is open, and takes it along.
+    auto *box =
+        new QMessageBox(QMessageBox::Warning, QStringLiteral("输入错误"), problem, QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QWidget *missing = title().isEmpty() ? static_cast<QWidget *>(m_titleEdit) : m_contentEdit;
+    connect(box, &QDialog::finished, missing, [missing] { missing->setFocus(); });
+    box->open();
+}
