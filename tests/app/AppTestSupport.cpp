@@ -157,6 +157,11 @@ RawAnswer ScriptedService::answer(const RawRequest &request)
                                                   {QStringLiteral("pagination"),
                                                    QJsonObject{{QStringLiteral("total"), list.size()}}}}}});
     }
+    for (auto other = data.cbegin(); other != data.cend(); ++other) {
+        if (path.endsWith(other.key()))
+            return RawAnswer::json(
+                {{QStringLiteral("success"), true}, {QStringLiteral("data"), other.value()}});
+    }
     return RawAnswer::json({}, 404);
 }
 

@@ -4,6 +4,7 @@
 #include "support/RawHttpServer.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QObject>
@@ -43,6 +44,8 @@ public:
     RawAnswer newsFailure;
     /// The answer to a request for the market's figures; empty for none.
     QJsonObject market;
+    /// The "data" of the answers to other requests, by the end of the path.
+    QHash<QByteArray, QJsonObject> data;
     /// The answer to every login; empty for a successful one.
     QJsonObject loginRefusal;
 

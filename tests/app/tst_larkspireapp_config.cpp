@@ -9,8 +9,11 @@
 #include "settings/AppConfig.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
+#include "stockviews/LimitUpPopup.h"
 #include "stockviews/MarketStatisticsWidget.h"
+#include "stockviews/ScriptedStockService.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "support/BoxAnswer.h"
 #include "support/DialogVisit.h"
@@ -18,18 +21,23 @@
 #include "support/WindowInput.h"
 #include "support/speechplugin/SpeechStage.h"
 
+#include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QColorDialog>
 #include <QComboBox>
+#include <QCursor>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMultiHash>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
@@ -60,25 +68,117 @@ Kind *in(QDialog &dialog, const char *name)
     return dialog.findChild<Kind *>(QLatin1String(name));
 }
 
+/// Which settings each test has changed so far.
+QMultiHash<QString, QString> changedByTests;
+
+void note(const char *name)
+{
+    changedByTests.insert(QLatin1String(QTest::currentTestFunction()), QLatin1String(name));
+}
+
 void toggle(QDialog &dialog, const char *name)
 {
+    note(name);
     in<QCheckBox>(dialog, name)->click();
 }
 
 void number(QDialog &dialog, const char *name, int value)
 {
+    note(name);
     in<QSpinBox>(dialog, name)->setValue(value);
+}
+
+/// Into a field of the tab for the server.
+void write(QDialog &dialog, const char *name, const QString &text)
+{
+    note(name);
+    in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
+    WindowInput::fill(in<QLineEdit>(dialog, name), text);
 }
 
 void choose(QDialog &dialog, const char *name, const QString &text)
 {
+    note(name);
     auto *box = in<QComboBox>(dialog, name);
     box->setCurrentIndex(box->findText(text));
+}
+
+/// By the colour dialog of this title, which the button opens.
+void pick(QDialog &dialog, const char *name, const QString &title, const QColor &color)
+{
+    note(name);
+    const DialogVisit visit(title, [&color](QDialog &palette) {
+        qobject_cast<QColorDialog *>(&palette)->setCurrentColor(color);
+        palette.accept();
+    });
+    in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(3);
+    WindowInput::click(in<QPushButton>(dialog, name));
+    QVERIFY(visit.ended());
 }
 
 void pressOk(QDialog &dialog)
 {
     WindowInput::click(dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok));
+}
+
+/// A setting of the dialog and the test that changes it there and looks at what the user sees then.
+struct Held
+{
+    const char *widget;
+    const char *test;
+};
+
+/// In the order of the tabs. What no panel of the program reads yet is held to the store.
+constexpr Held everySetting[] = {
+    {"ttsCheckBox", "speechIsLive"},
+    {"speakStockCheckBox", "spokenStockNameIsLive"},
+    {"notificationCheckBox", "notificationsAreLive"},
+    {"soundCheckBox", "soundIsLive"},
+    {"autoStartCheckBox", "autoStartIsLive"},
+    {"rememberWindowStateCheckBox", "rememberedPlaceIsLive"},
+    {"darkModeCheckBox", "darkModeIsLive"},
+    {"showNewsDetailsCheckBox", "newsDetailsAreLive"},
+    {"refreshIntervalSpinBox", "refreshIntervalIsLive"},
+    {"notificationPositionComboBox", "notificationPositionIsLive"},
+    {"mainBoardColorComboBox", "colorsOfTheBoardsAreLive"},
+    {"gemColorComboBox", "colorsOfTheBoardsAreLive"},
+    {"starMarketColorComboBox", "colorsOfTheBoardsAreLive"},
+    {"beijingExchangeColorComboBox", "colorsOfTheBoardsAreLive"},
+    {"stockCodeNameFontSizeSpinBox", "sizesOfTheStockPageAreLive"},
+    {"basicInfoFontSizeSpinBox", "sizesOfTheStockPageAreLive"},
+    {"historyStatsFontSizeSpinBox", "sizesOfTheStockPageAreLive"},
+    {"openingMarketFontSizeSpinBox", "sizesOfTheStockPageAreLive"},
+    {"limitUpDetailFontSizeSpinBox", "sizeOfTheLimitUpDetailIsLive"},
+    {"marketTitleFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
+    {"marketLabelFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
+    {"marketValueFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
+    {"marketBoardRankingFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
+    {"marketRefreshIntervalSpinBox", "marketIntervalIsLive"},
+    {"themeBgColorButton", "colorsOfTheConceptPanelAreStored"},
+    {"themeCardBgColorButton", "colorsOfTheConceptPanelAreStored"},
+    {"themeWidthSpinBox", "settingsThatPagesReadAreStored"},
+    {"themePositionComboBox", "settingsThatPagesReadAreStored"},
+    {"themeSummaryFontSizeSpinBox", "settingsThatPagesReadAreStored"},
+    {"themeNameColorButton", "colorsOfTheConceptPanelAreStored"},
+    {"themeNameFontSizeSpinBox", "settingsThatPagesReadAreStored"},
+    {"themeDescColorButton", "colorsOfTheConceptPanelAreStored"},
+    {"themeDescFontSizeSpinBox", "settingsThatPagesReadAreStored"},
+    {"themeHotkeyComboBox", "settingsThatPagesReadAreStored"},
+    {"dynamicHotkeyComboBox", "settingsThatPagesReadAreStored"},
+    {"serverUrlEdit", "serverAndKeyAreLive"},
+    {"apiKeyEdit", "serverAndKeyAreLive"},
+    {"timeoutSpinBox", "timeLimitIsLive"},
+};
+
+/// Whether enough of the picture is painted in this colour for it to be that of a text.
+bool isWrittenIn(const QImage &picture, const QColor &color)
+{
+    int pixels = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            pixels += picture.pixelColor(x, y) == color ? 1 : 0;
+    }
+    return pixels > 20;
 }
 
 /// The file that starts a program of this name at logon.
@@ -98,12 +198,15 @@ class TestLarkspireAppConfig : public QObject
 private slots:
     void init();
     void cleanup();
+    void cleanupTestCase();
 
     void opensFromTheMenuAndFromTheTray_data();
     void opensFromTheMenuAndFromTheTray();
     void secondCallBringsTheOpenDialogToTheFront();
 
+    void everySettingIsHeldByATest();
     void speechIsLive();
+    void spokenStockNameIsLive();
     void notificationsAreLive();
     void soundIsLive();
     void autoStartIsLive();
@@ -116,6 +219,9 @@ private slots:
     void timeLimitIsLive();
     void sizesOfTheStockPageAreLive_data();
     void sizesOfTheStockPageAreLive();
+    void colorsOfTheBoardsAreLive_data();
+    void colorsOfTheBoardsAreLive();
+    void sizeOfTheLimitUpDetailIsLive();
     void sizesOfTheMarketPageAreLive_data();
     void sizesOfTheMarketPageAreLive();
     void marketIntervalIsLive();
@@ -124,6 +230,8 @@ private slots:
     void stockPageAsksTheOtherServerAnew();
     void settingsThatPagesReadAreStored_data();
     void settingsThatPagesReadAreStored();
+    void colorsOfTheConceptPanelAreStored_data();
+    void colorsOfTheConceptPanelAreStored();
     void volumeAndTopMostStayAsTheyAre();
     void windowInTheTrayShowsItself();
 
@@ -145,6 +253,9 @@ private:
     }
     /// Empties the offsets of the trading programs, so that the stock page asks for them.
     static void forgetOffsets();
+    StockAnalysisWidget *stockPage() const { return m_window->findChild<StockAnalysisWidget *>(); }
+    /// The stock page, in front, shows this stock.
+    void showStock(const QString &code, const QString &name);
     /// A news item with a keyword arrives.
     void announce(const QString &id);
     CustomNotification *card() const { return m_window->findChild<CustomNotification *>(); }
@@ -249,6 +360,70 @@ void TestLarkspireAppConfig::secondCallBringsTheOpenDialogToTheFront()
     child<QAction>("actionConfig")->trigger();
     QVERIFY(visit.ended());
     QCOMPARE(dialogs, 1);
+}
+
+void TestLarkspireAppConfig::showStock(const QString &code, const QString &name)
+{
+    m_service->data.insert("/stock/comprehensive", stockRecord(code, name, QStringLiteral("2024-06-12")));
+    child<QTabWidget>("mainTabWidget")->setCurrentWidget(child<QWidget>("stockAnalysisPage"));
+    stockPage()->findChild<StockApiClient *>()->getComprehensiveInfo(code);
+    QTRY_VERIFY(child<QLabel>("companyNameLabel")->text().contains(code));
+    QVERIFY(child<QLabel>("companyNameLabel")->isVisible());
+}
+
+void TestLarkspireAppConfig::everySettingIsHeldByATest()
+{
+    QStringList held;
+    for (const Held &setting : everySetting) {
+        held.append(QLatin1String(setting.widget));
+        QVERIFY2(metaObject()->indexOfMethod((QByteArray(setting.test) + "()").constData()) >= 0,
+                 setting.test);
+    }
+    const DialogVisit visit(settingsTitle, [&held](QDialog &dialog) {
+        QStringList found;
+        const QList<QWidget *> widgets = in<QTabWidget>(dialog, "tabWidget")->findChildren<QWidget *>();
+        for (const QWidget *widget : widgets) {
+            const QString name = widget->objectName();
+            const bool edits =
+                qobject_cast<const QCheckBox *>(widget) || qobject_cast<const QAbstractSpinBox *>(widget) ||
+                qobject_cast<const QComboBox *>(widget) ||
+                (qobject_cast<const QLineEdit *>(widget) &&
+                 !qobject_cast<const QAbstractSpinBox *>(widget->parentWidget())) ||
+                (qobject_cast<const QPushButton *>(widget) && name.endsWith(QStringLiteral("ColorButton")));
+            if (edits)
+                found.append(name);
+        }
+        held.sort();
+        found.sort();
+        QCOMPARE(found, held);
+        WindowInput::press(&dialog, Qt::Key_Escape);
+    });
+    child<QAction>("actionConfig")->trigger();
+    QVERIFY(visit.ended());
+}
+
+void TestLarkspireAppConfig::cleanupTestCase()
+{
+    // Of the tests that have run, each has changed what it is said to hold.
+    for (const Held &setting : everySetting) {
+        const QString test = QLatin1String(setting.test);
+        QVERIFY2(!changedByTests.contains(test) ||
+                     changedByTests.contains(test, QLatin1String(setting.widget)),
+                 setting.widget);
+    }
+}
+
+void TestLarkspireAppConfig::spokenStockNameIsLive()
+{
+    showStock(QStringLiteral("600519"), QStringLiteral("贵州茅台"));
+    QCOMPARE(said(), QStringList{QStringLiteral("贵州茅台")});
+    change([](QDialog &dialog) { toggle(dialog, "speakStockCheckBox"); });
+    showStock(QStringLiteral("300750"), QStringLiteral("宁德时代"));
+    QCOMPARE(said().size(), 1);
+    change([](QDialog &dialog) { toggle(dialog, "speakStockCheckBox"); });
+    showStock(QStringLiteral("688981"), QStringLiteral("中芯国际"));
+    QCOMPARE(said().last(), QStringLiteral("中芯国际"));
+    QCOMPARE(said().size(), 2);
 }
 
 void TestLarkspireAppConfig::speechIsLive()
@@ -367,9 +542,8 @@ void TestLarkspireAppConfig::serverAndKeyAreLive()
     m_window->findChild<ApiClient *>()->setSessionToken(QString());
     ScriptedService other;
     change([&other](QDialog &dialog) {
-        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
-        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), other.url());
-        WindowInput::fill(in<QLineEdit>(dialog, "apiKeyEdit"), QStringLiteral("new-key"));
+        write(dialog, "serverUrlEdit", other.url());
+        write(dialog, "apiKeyEdit", QStringLiteral("new-key"));
     });
     // The connection is checked at once, over there.
     QCOMPARE(child<QLabel>("statusLabel")->text(), QStringLiteral("正在连接API服务器..."));
@@ -423,6 +597,60 @@ void TestLarkspireAppConfig::sizesOfTheStockPageAreLive()
     QCOMPARE(resized(8), small);
 }
 
+void TestLarkspireAppConfig::colorsOfTheBoardsAreLive_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("code");
+    QTest::newRow("main board") << "mainBoardColorComboBox"
+                                << "600519";
+    QTest::newRow("growth board") << "gemColorComboBox"
+                                  << "300750";
+    QTest::newRow("star market") << "starMarketColorComboBox"
+                                 << "688981";
+    QTest::newRow("Beijing exchange") << "beijingExchangeColorComboBox"
+                                      << "920001";
+}
+
+void TestLarkspireAppConfig::colorsOfTheBoardsAreLive()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, code);
+    showStock(code, QStringLiteral("样本股份"));
+    const QColor chosen(QStringLiteral("fuchsia"));
+    const auto name = [this] { return child<QLabel>("companyNameLabel")->grab().toImage(); };
+    QVERIFY(!isWrittenIn(name(), chosen));
+    change([&box](QDialog &dialog) { choose(dialog, qPrintable(box), QStringLiteral("fuchsia")); });
+    QVERIFY(isWrittenIn(name(), chosen));
+    change([&box](QDialog &dialog) { choose(dialog, qPrintable(box), QStringLiteral("navy")); });
+    QVERIFY(isWrittenIn(name(), QColor(QStringLiteral("navy"))));
+}
+
+void TestLarkspireAppConfig::sizeOfTheLimitUpDetailIsLive()
+{
+    const QString code = QStringLiteral("600519");
+    const QString name = QStringLiteral("贵州茅台");
+    QCursor::setPos(5, 5);
+    m_service->data.insert("/limit_up_stock", limitUpDetail(code, name, QStringLiteral("2024-05-30")));
+    showStock(code, name);
+    m_window->move(300, 100);
+    const auto *label = child<QLabel>("recentLimitUpValueLabel");
+    const auto *popup = stockPage()->findChild<LimitUpPopup *>();
+    const auto heightAt = [&](int points) {
+        change([&](QDialog &dialog) { number(dialog, "limitUpDetailFontSizeSpinBox", points); });
+        QCursor::setPos(label->mapToGlobal(label->rect().center()));
+        const bool shown = QTest::qWaitFor([popup] { return popup->isVisible(); });
+        const int height = popup->height();
+        QCursor::setPos(5, 5);
+        const bool gone = QTest::qWaitFor([popup] { return !popup->isVisible(); });
+        return shown && gone ? height : 0;
+    };
+    const int small = heightAt(8);
+    QVERIFY(small > 0);
+    const int large = heightAt(24);
+    QVERIFY2(large > small * 3 / 2, qPrintable(QStringLiteral("%1 and %2").arg(small).arg(large)));
+    QCOMPARE(heightAt(8), small);
+}
+
 void TestLarkspireAppConfig::sizesOfTheMarketPageAreLive_data()
 {
     QTest::addColumn<QString>("box");
@@ -465,10 +693,7 @@ void TestLarkspireAppConfig::marketIntervalIsLive()
 void TestLarkspireAppConfig::marketPageFollowsToAnotherServer()
 {
     ScriptedService other;
-    change([&other](QDialog &dialog) {
-        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
-        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), other.url());
-    });
+    change([&other](QDialog &dialog) { write(dialog, "serverUrlEdit", other.url()); });
     child<QTabWidget>("mainTabWidget")->setCurrentWidget(child<QWidget>("marketStatisticsPage"));
     QTRY_VERIFY(other.requestCount("market/statistics") > 0);
 }
@@ -476,10 +701,7 @@ void TestLarkspireAppConfig::marketPageFollowsToAnotherServer()
 void TestLarkspireAppConfig::stockPageFollowsToAnotherServer()
 {
     ScriptedService other;
-    change([&other](QDialog &dialog) {
-        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
-        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), other.url());
-    });
+    change([&other](QDialog &dialog) { write(dialog, "serverUrlEdit", other.url()); });
     forgetOffsets();
     auto *page = m_window->findChild<StockAnalysisWidget *>();
     auto *autoRefresh = page->findChild<QCheckBox *>(QStringLiteral("autoRefreshCheckBox"));
@@ -575,6 +797,30 @@ void TestLarkspireAppConfig::settingsThatPagesReadAreStored()
     QCOMPARE(stored(settingsKey).toString(), value);
 }
 
+void TestLarkspireAppConfig::colorsOfTheConceptPanelAreStored_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("settingsKey");
+    QTest::newRow("ground") << "themeBgColorButton" << QStringLiteral("选择对话框背景颜色")
+                            << "ThemeDialog/BgColor";
+    QTest::newRow("cards") << "themeCardBgColorButton" << QStringLiteral("选择卡片背景颜色")
+                           << "ThemeDialog/CardBgColor";
+    QTest::newRow("names") << "themeNameColorButton" << QStringLiteral("选择概念名称颜色")
+                           << "ThemeDialog/NameColor";
+    QTest::newRow("descriptions") << "themeDescColorButton" << QStringLiteral("选择描述文字颜色")
+                                  << "ThemeDialog/DescColor";
+}
+
+void TestLarkspireAppConfig::colorsOfTheConceptPanelAreStored()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, title);
+    QFETCH(QString, settingsKey);
+    change([&](QDialog &dialog) { pick(dialog, qPrintable(button), title, QColor(0x12, 0x34, 0x56)); });
+    QCOMPARE(stored(settingsKey).toString(), QStringLiteral("#123456"));
+}
+
 void TestLarkspireAppConfig::volumeAndTopMostStayAsTheyAre()
 {
     child<QSlider>("volumeSlider")->setValue(23);
@@ -630,9 +876,8 @@ void TestLarkspireAppConfig::resetAndOkDressesTheProgram()
                                [](QDialog &box) { WindowInput::press(&box, Qt::Key_Return); });
         WindowInput::click(in<QPushButton>(dialog, "resetButton"));
         QVERIFY(done.ended());
-        in<QTabWidget>(dialog, "tabWidget")->setCurrentIndex(4);
-        WindowInput::fill(in<QLineEdit>(dialog, "serverUrlEdit"), m_service->url());
-        WindowInput::fill(in<QLineEdit>(dialog, "apiKeyEdit"), QStringLiteral("k"));
+        write(dialog, "serverUrlEdit", m_service->url());
+        write(dialog, "apiKeyEdit", QStringLiteral("k"));
     });
     QVERIFY(qApp->styleSheet().isEmpty());
     QVERIFY(!child<QGroupBox>("detailsGroupBox")->isVisible());
