@@ -30,6 +30,6 @@ elseif(LARKSPIRE_WINDOWS_QT)
     BUILD_ALWAYS ON
     # The desktop looks for the helper beside itself.
     INSTALL_COMMAND "${CMAKE_COMMAND}" -E copy_if_different
-      <BINARY_DIR>/src/linkage/larkspire-wine-helper.exe $<TARGET_FILE_DIR:larkspire>
+      <BINARY_DIR>/src/linkage/wine/larkspire-wine-helper.exe $<TARGET_FILE_DIR:larkspire>
     USES_TERMINAL_BUILD ON)
 endif()

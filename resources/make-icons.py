@@ -4,7 +4,8 @@ qrencode).
 
     resources/make-icons.py
 
-writes icons/app.ico and images/*.png beside itself. Run it after a change of a drawing and commit the outcome.
+writes icons/app.ico, icons/hicolor/ (the sizes that a Linux desktop looks for, as they are installed) and images/*.png
+beside itself. Run it after a change of a drawing and commit the outcome.
 """
 import pathlib
 import struct
@@ -13,6 +14,9 @@ import zlib
 
 HERE = pathlib.Path(__file__).resolve().parent
 APP_SIZES = (16, 20, 24, 32, 40, 48, 64, 128, 256)
+# The program's id under freedesktop.org names its icon; these are the sizes that desktops ask for.
+APP_ID = "example.larkspire.larkspire"
+DESKTOP_SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 # The popup shows its icon at 24; four times that is sharp at every usual scaling and for the tray.
 IMAGE_SIZE = 96
 IMAGES = ("keyword", "alert")
@@ -100,11 +104,19 @@ def main() -> None:
     lark = (HERE / "svg/lark.svg").read_bytes()
     if STROKE not in lark:
         raise ValueError("svg/lark.svg has lost the stroke width that the small sizes replace")
+
+    def lark_at(size: int) -> bytes:
+        return render(lark.replace(STROKE, SMALL_STROKE) if size <= SMALL_SIZE else lark, size)
+
     images = []
     for size in APP_SIZES:
-        png = render(lark.replace(STROKE, SMALL_STROKE) if size <= SMALL_SIZE else lark, size)
+        png = lark_at(size)
         images.append((size, bitmap(png, size) if size <= LARGEST_BITMAP else png))
     (HERE / "icons/app.ico").write_bytes(icon(images))
+    for size in DESKTOP_SIZES:
+        folder = HERE / f"icons/hicolor/{size}x{size}/apps"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / f"{APP_ID}.png").write_bytes(lark_at(size))
     for name in IMAGES:
         (HERE / f"images/{name}.png").write_bytes(render((HERE / f"svg/{name}.svg").read_bytes(), IMAGE_SIZE))
     (HERE / "images/user_pro.png").write_bytes(render((HERE / "svg/user_pro.svg").read_bytes(), AVATAR_SIZE))

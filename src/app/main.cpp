@@ -2,11 +2,11 @@
 #include "app/EventLoopGuard.h"
 #include "app/FontSubstitution.h"
 #include "app/LarkspireApp.h"
+#include "app/ProgramIdentity.h"
 #include "app/SingleApplication.h"
 #include "desktop/TerminationSignals.h"
 #include "newsclient/NewsRecords.h"
 #include "resources/LarkspireResources.h"
-#include "settings/ProgramVersion.h"
 
 #include <QIcon>
 #include <QLocale>
@@ -44,11 +44,7 @@ int main(int argc, char *argv[])
         return 0;
     initLarkspireResources();
 
-    QCoreApplication::setApplicationName(QStringLiteral("Larkspire"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("云雀资讯"));
-    QCoreApplication::setApplicationVersion(ProgramVersion::text());
-    QCoreApplication::setOrganizationName(QStringLiteral("Fernhollow"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("larkspire.example"));
+    ProgramIdentity::apply();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     qRegisterMetaType<NewsData>("NewsData");
     // Asked and not used here, as meant: the window asks again and decides.

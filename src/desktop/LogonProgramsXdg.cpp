@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QHash>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -41,10 +42,14 @@ std::unique_ptr<LogonPrograms> LogonPrograms::ofThisSystem()
 {
     return std::make_unique<LogonProgramsXdg>(
         QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-        QStringLiteral("/autostart"));
+            QStringLiteral("/autostart"),
+        LogonProgramsXdg::Appearance{QGuiApplication::applicationDisplayName(),
+                                     QGuiApplication::desktopFileName()});
 }
 
-LogonProgramsXdg::LogonProgramsXdg(const QString &folder) : m_folder(folder) {}
+LogonProgramsXdg::LogonProgramsXdg(const QString &folder, const Appearance &appearance)
+    : m_folder(folder), m_appearance(appearance)
+{}
 
 QString LogonProgramsXdg::entryPath(const QString &name) const
 {
@@ -69,14 +74,17 @@ bool LogonProgramsXdg::add(const QString &name, const QString &programPath)
     QSaveFile file(entryPath(name));
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(QStringLiteral("[Desktop Entry]\n"
-                              "Type=Application\n"
-                              "Version=1.5\n"
-                              "Name=%1\n"
-                              "Exec=%2\n"
-                              "Terminal=false\n")
-                   .arg(name, exec)
-                   .toUtf8());
+    QString entry = QStringLiteral("[Desktop Entry]\n"
+                                   "Type=Application\n"
+                                   "Version=1.4\n"
+                                   "Name=%1\n")
+                        .arg(name);
+    if (!m_appearance.chineseName.isEmpty())
+        entry += QStringLiteral("Name[zh_CN]=%1\n").arg(m_appearance.chineseName);
+    if (!m_appearance.icon.isEmpty())
+        entry += QStringLiteral("Icon=%1\n").arg(m_appearance.icon);
+    entry += QStringLiteral("Exec=%1\nTerminal=false\n").arg(exec);
+    file.write(entry.toUtf8());
     return file.commit();
 }
 

@@ -23,7 +23,7 @@ int writeEnd = -1;
 void onSignal(int number)
 {
     const char byte = static_cast<char>(number);
-    static_cast<void>(::write(writeEnd, &byte, 1));
+    [[maybe_unused]] const ssize_t written = ::write(writeEnd, &byte, 1);
 }
 
 } // namespace

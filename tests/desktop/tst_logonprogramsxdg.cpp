@@ -49,9 +49,26 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("[Desktop Entry]\n"
                                             "Type=Application\n"
-                                            "Version=1.5\n"
+                                            "Version=1.4\n"
                                             "Name=Larkspire\n"
                                             "Exec=\"/opt/云雀 资讯/larkspire\"\n"
+                                            "Terminal=false\n"));
+    }
+
+    void theEntryBearsTheChineseNameAndTheIcon()
+    {
+        const LogonProgramsXdg::Appearance appearance{QStringLiteral("云雀资讯"),
+                                                      QStringLiteral("example.larkspire.larkspire")};
+        QVERIFY(LogonProgramsXdg(m_folder, appearance).add(name(), QStringLiteral("/usr/bin/larkspire")));
+        QFile file(m_entry);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("[Desktop Entry]\n"
+                                            "Type=Application\n"
+                                            "Version=1.4\n"
+                                            "Name=Larkspire\n"
+                                            "Name[zh_CN]=云雀资讯\n"
+                                            "Icon=example.larkspire.larkspire\n"
+                                            "Exec=\"/usr/bin/larkspire\"\n"
                                             "Terminal=false\n"));
     }
 

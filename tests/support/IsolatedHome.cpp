@@ -34,7 +34,6 @@ IsolatedHome::IsolatedHome()
 void setProgramIdentity()
 {
     QCoreApplication::setApplicationName(QStringLiteral("Larkspire"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("2.0.1"));
     QCoreApplication::setOrganizationName(QStringLiteral("Fernhollow"));
 }
 
