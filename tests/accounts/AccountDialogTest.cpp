@@ -4,6 +4,7 @@
 #include "settings/ThemeManager.h"
 
 #include <QApplication>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QStyle>
 #include <QWindow>
@@ -32,6 +33,22 @@ double luminance(const QColor &color)
 }
 
 } // namespace
+
+QJsonObject AccountDialogTest::bodyOf(const RawRequest &request)
+{
+    return QJsonDocument::fromJson(request.body).object();
+}
+
+RawAnswer AccountDialogTest::success(const QString &message)
+{
+    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("message"), message}});
+}
+
+RawAnswer AccountDialogTest::refusal(const QString &error, int httpStatus)
+{
+    return RawAnswer::json({{QStringLiteral("success"), false}, {QStringLiteral("error"), error}},
+                           httpStatus);
+}
 
 QAbstractButton *AccountDialogTest::button(const QWidget &window, const QString &caption)
 {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "support/BoxAnswer.h"
+#include "support/RawHttpServer.h"
 #include "support/WindowInput.h"
 
 #include <QAbstractButton>
 #include <QColor>
 #include <QDialog>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
@@ -28,6 +30,13 @@ Kind *part(const QWidget &window, const char *name)
 {
     return window.findChild<Kind *>(QLatin1String(name));
 }
+
+/// The body of a request as an object; empty when it is none.
+QJsonObject bodyOf(const RawRequest &request);
+
+/// The service's answers: done, and refused for this reason.
+RawAnswer success(const QString &message);
+RawAnswer refusal(const QString &error, int httpStatus = 400);
 
 /// The button with this caption or accessible name that can be seen; null when there is none.
 QAbstractButton *button(const QWidget &window, const QString &caption);

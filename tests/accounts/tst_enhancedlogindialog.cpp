@@ -13,7 +13,6 @@
 #include <QApplication>
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -31,24 +30,14 @@ namespace {
 
 const QString email = QStringLiteral("trader@larkspire.example");
 
-QJsonObject bodyOf(const RawRequest &request)
-{
-    return QJsonDocument::fromJson(request.body).object();
-}
-
 QString wire(const QString &clearText)
 {
     return AuthManager::encodePassword(clearText);
 }
 
-RawAnswer refusal(const QString &error)
-{
-    return RawAnswer::json({{QStringLiteral("success"), false}, {QStringLiteral("error"), error}}, 401);
-}
-
 RawAnswer codeSent()
 {
-    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("message"), text("已发送")}});
+    return success(text("已发送"));
 }
 
 RawAnswer loggedIn()
@@ -753,7 +742,7 @@ void TestEnhancedLoginDialog::buttonWaitsForTheAnswer()
     QVERIFY(m_dialog->isVisible());
 
     const BoxAnswer box(ok());
-    QVERIFY(m_server->release(m_server->heldRequests().first(), refusal(text("设备数量已达上限"))));
+    QVERIFY(m_server->release(m_server->heldRequests().first(), refusal(text("设备数量已达上限"), 401)));
     QTRY_VERIFY(box.shown());
     QCOMPARE(told(box), QStringList({text("失败"), text("设备数量已达上限")}));
     for (const char *other : {"loginButton", "apiKeyVerifyButton", "freeUserButton"})
@@ -823,7 +812,7 @@ void TestEnhancedLoginDialog::closedDialogStillHearsTheAnswer()
     QVERIFY(!m_dialog->isVisible());
     QVERIFY(m_server->waitForRequests(1));
     const BoxAnswer box(ok());
-    QVERIFY(m_server->release(m_server->heldRequests().first(), refusal(text("服务繁忙"))));
+    QVERIFY(m_server->release(m_server->heldRequests().first(), refusal(text("服务繁忙"), 401)));
     QTRY_VERIFY(box.shown());
     QCOMPARE(told(box), QStringList({text("失败"), text("服务繁忙")}));
     QVERIFY(push("freeUserButton")->isEnabled());
@@ -934,7 +923,7 @@ void TestEnhancedLoginDialog::countdownEndsAfterAMinute()
 
 void TestEnhancedLoginDialog::refusedCodeStartsNoCountdown()
 {
-    m_server->setAnswer(refusal(text("该邮箱未注册")));
+    m_server->setAnswer(refusal(text("该邮箱未注册"), 401));
     QVERIFY(opens(*m_dialog));
     WindowInput::fill(field("emailEdit"), email);
     const BoxAnswer box(ok());

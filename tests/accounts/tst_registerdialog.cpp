@@ -7,7 +7,6 @@
 #include "support/ServiceProcess.h"
 
 #include <QApplication>
-#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -20,21 +19,6 @@ using namespace AccountDialogTest;
 namespace {
 
 const QString email = QStringLiteral("new.trader@larkspire.example");
-
-QJsonObject bodyOf(const RawRequest &request)
-{
-    return QJsonDocument::fromJson(request.body).object();
-}
-
-RawAnswer success(const QString &message)
-{
-    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("message"), message}});
-}
-
-RawAnswer refusal(const QString &error)
-{
-    return RawAnswer::json({{QStringLiteral("success"), false}, {QStringLiteral("error"), error}}, 400);
-}
 
 } // namespace
 
