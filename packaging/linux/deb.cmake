@@ -25,11 +25,13 @@ that is open in the trading program.
 Its interface is in Chinese. An account of a news service is needed.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Without these it runs, but says less: Chinese and emoji in a fitting face, speech with a Chinese voice, links that
-# open in the browser. The platform plug-in for X11 and the reader of the icons come with libqt5gui5; sound goes to
+# Every text of the program is Chinese: without a Chinese face it would be nothing but boxes.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-noto-cjk | fonts-wqy-microhei | fonts-wqy-zenhei")
+# Without these it runs, but does less: emoji in their face, speech with a Chinese voice, links that open in the browser.
+# The platform plug-in for X11 and the reader of the icons come with libqt5gui5; sound goes to
 # PulseAudio, or what stands in for it, by libraries that shlibdeps sees.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-  "fonts-noto-cjk | fonts-wqy-microhei, fonts-noto-color-emoji, qtspeech5-speechd-plugin | qtspeech5-flite-plugin, \
+  "fonts-noto-color-emoji, qtspeech5-speechd-plugin | qtspeech5-flite-plugin, \
 speech-dispatcher, speech-dispatcher-espeak-ng, pulseaudio | pipewire-pulse, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fcitx5-frontend-qt5, qtwayland5, wine")
 

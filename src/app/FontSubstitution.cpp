@@ -1,6 +1,7 @@
 #include "app/FontSubstitution.h"
 
 #include <QApplication>
+#include <QDebug>
 #include <QFont>
 #include <QFontDatabase>
 
@@ -64,6 +65,8 @@ QStringList interfaceFamilies(const QString &systemFamily, const QStringList &av
 
 void apply()
 {
+    if (QFontDatabase().families(QFontDatabase::SimplifiedChinese).isEmpty())
+        qWarning() << "No Chinese font is installed, such as Noto Sans CJK SC: texts will show as boxes";
     const QStringList available = QFontDatabase().families();
     for (const Substitution &substitution : neededSubstitutions(available))
         QFont::insertSubstitutions(substitution.family, substitution.substitutes);

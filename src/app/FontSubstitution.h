@@ -23,7 +23,8 @@ QList<Substitution> neededSubstitutions(const QStringList &available);
 /// then colour emoji. Only the system's choice where it or the system brings a Chinese face of its own.
 QStringList interfaceFamilies(const QString &systemFamily, const QStringList &available);
 
-/// Puts both in force for the application, once at its start.
+/// Puts both in force for the application, once at its start. A system without any Chinese face is told in
+/// the log.
 void apply();
 
 } // namespace FontSubstitution

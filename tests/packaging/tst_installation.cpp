@@ -132,6 +132,7 @@ private slots:
     void linksOfTheDocumentsLeadToInstalledPictures_data();
     void linksOfTheDocumentsLeadToInstalledPictures();
     void programStartsFromThere();
+    void withoutAChineseFontTheLogSaysWhatIsMissing();
 
 private:
     QString installed(const QString &path) const { return m_prefix.filePath(path); }
@@ -278,7 +279,7 @@ void TestInstallation::programStartsFromThere()
     QSettings(settingsFilePath(), QSettings::IniFormat)
         .setValue(text("API/ServerUrl"), text("http://127.0.0.1:1"));
     QProcess program;
-    program.setProcessChannelMode(QProcess::ForwardedChannels);
+    program.setProcessChannelMode(QProcess::MergedChannels);
     program.start(installed(text("bin/larkspire")), QStringList());
     QVERIFY(program.waitForStarted());
     QByteArray window;
@@ -296,7 +297,34 @@ void TestInstallation::programStartsFromThere()
     QVERIFY2(windowClass.trimmed().endsWith(", " + named), windowClass.constData());
     program.terminate();
     QVERIFY(program.waitForFinished());
-    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    const QByteArray log = program.readAll();
+    QVERIFY2(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0, log.constData());
+    QVERIFY2(!log.contains("No Chinese font is installed"), log.constData());
+}
+
+void TestInstallation::withoutAChineseFontTheLogSaysWhatIsMissing()
+{
+    QFile fonts(m_prefix.filePath(text("fonts.conf")));
+    QVERIFY(fonts.open(QIODevice::WriteOnly));
+    fonts.write(
+        "<?xml version=\"1.0\"?><fontconfig><cachedir prefix=\"xdg\">fontconfig</cachedir></fontconfig>");
+    fonts.close();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(text("FONTCONFIG_FILE"), fonts.fileName());
+    environment.insert(text("QT_QPA_PLATFORM"), text("offscreen"));
+    QProcess program;
+    program.setProcessEnvironment(environment);
+    program.setProcessChannelMode(QProcess::MergedChannels);
+    program.start(installed(text("bin/larkspire")), QStringList());
+    QVERIFY(program.waitForStarted());
+    QByteArray log;
+    const auto isTold = [&log, &program] {
+        log += program.readAll();
+        return log.contains("No Chinese font is installed");
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isTold(), 20000);
+    program.terminate();
+    QVERIFY(program.waitForFinished());
     QCOMPARE(program.exitCode(), 0);
 }
 
