@@ -267,13 +267,7 @@ bool StockAnalysisWidget::switchSoftware()
     m_currentSoftware = other;
     showSoftware();
     ConfigManager::instance()->setCurrentSoftware(m_currentSoftware);
-    if (m_currentSoftware == tdx) {
-        refreshTdxInstances();
-        m_ui->thsInstanceComboBox->hide();
-    } else {
-        refreshThsInstances();
-        m_ui->tdxInstanceComboBox->hide();
-    }
+    refreshInstancesAfterChange();
     showStatus(switchedText(), successStyle());
     return true;
 }
@@ -312,7 +306,10 @@ void StockAnalysisWidget::onSettingsButtonClicked()
     // The program may have ended while the dialog was open.
     if (!self)
         return;
+    const QString before = m_currentSoftware;
     readState();
+    if (m_currentSoftware != before)
+        refreshInstancesAfterChange();
     showStatus(QStringLiteral("设置已更新"));
 }
 
@@ -331,6 +328,17 @@ void StockAnalysisWidget::refreshThsInstances()
 void StockAnalysisWidget::refreshInstances(const QString &software)
 {
     showInstances(software, instancesOf(software), 0);
+}
+
+void StockAnalysisWidget::refreshInstancesAfterChange()
+{
+    if (m_currentSoftware == tdx) {
+        refreshTdxInstances();
+        m_ui->thsInstanceComboBox->hide();
+    } else {
+        refreshThsInstances();
+        m_ui->tdxInstanceComboBox->hide();
+    }
 }
 
 QList<ProcessInstance> StockAnalysisWidget::instancesOf(const QString &software) const

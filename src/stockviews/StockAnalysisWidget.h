@@ -155,6 +155,8 @@ private:
 
     // Copies of the trading programs.
     void refreshInstances(const QString &software);
+    /// Another program has become the current one.
+    void refreshInstancesAfterChange();
     QList<ProcessInstance> instancesOf(const QString &software) const;
     void showInstances(const QString &software, const QList<ProcessInstance> &instances, int chosen);
     /// After a failed read: when the chosen copy has ended and the same executable has been started since the

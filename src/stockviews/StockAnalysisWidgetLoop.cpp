@@ -136,6 +136,7 @@ void StockAnalysisWidget::startAutoRefresh()
     }
     showStatus(QStringLiteral("自动刷新已开启，正在监控股票代码变化..."));
     m_isMonitoring = true;
+    m_ticksUntilSearch = 0;
     m_refreshTimer->start();
     registerHotkeys();
     if (m_currentStockCode.isEmpty())

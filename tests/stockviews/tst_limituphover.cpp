@@ -1,4 +1,5 @@
 #include "linkage/FakePlatform.h"
+#include "settings/ConfigManager.h"
 #include "stockviews/LimitUpPopup.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockPageFixture.h"
@@ -92,6 +93,57 @@ private slots:
         enter(page);
         QTRY_VERIFY(popup(page)->isVisible());
         QCOMPARE(requests(page), 1);
+    }
+
+    void itWearsItsOwnLookOnBothSkins()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        const QString style = popup(page)->styleSheet();
+        for (const char *part :
+             {"background-color: #2c3e50", "solid #34495e", "border-radius: 8px", "color: #ecf0f1"})
+            QVERIFY2(style.contains(QString::fromLatin1(part)), part);
+        const auto *label = popup(page)->findChild<QLabel *>();
+        QVERIFY(label->wordWrap());
+        QCOMPARE(label->textFormat(), Qt::RichText);
+        QCOMPARE(popup(page)->grab().toImage().pixelColor(20, 4), QColor(0x2C, 0x3E, 0x50));
+    }
+
+    void itIsWrittenInTheSizeAndColourOfTheSettings()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        const auto html = [&page] { return popup(page)->findChild<QLabel *>()->text(); };
+        QVERIFY(html().contains(QStringLiteral("font-size: 12pt")));
+        QVERIFY(html().contains(QStringLiteral("color: orange")));
+        leave(page);
+        QTRY_VERIFY(!popup(page)->isVisible());
+        ConfigManager::instance()->setLimitUpDetailFontSize(10);
+        ConfigManager::instance()->setMainBoardColor(QStringLiteral("#12ab56"));
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QVERIFY(html().contains(QStringLiteral("font-size: 10pt")));
+        QVERIFY(!html().contains(QStringLiteral("font-size: 12pt")));
+        QVERIFY(html().contains(QStringLiteral("color: #12ab56")));
+    }
+
+    void atTheBottomOfTheScreenItGoesUp()
+    {
+        StockPageFixture page;
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+        const QRect screen = QApplication::primaryScreen()->availableGeometry();
+        page.window->move(300, screen.bottom() - page.window->height() + 100);
+        QTRY_VERIFY(page.window->y() > 300);
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+        QTRY_COMPARE(popup(page)->y(), screen.y() + screen.height() - popup(page)->height() - 10);
     }
 
     void aBriefExitDoesNotHideIt()

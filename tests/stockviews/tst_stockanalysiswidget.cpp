@@ -968,11 +968,15 @@ private slots:
         StockPageFixture page;
         page.service.softwareList = {{QStringLiteral("tdx"), QJsonArray()},
                                      {QStringLiteral("ths"), QJsonArray()}};
-        page.openInTdx("600519");
+        page.openInTdx("600519", 11);
+        page.openInTdx("000001", 12);
         page.openPage();
+        QVERIFY(page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
         page.switchOn();
         page.tick();
         QTRY_COMPARE(page.status(), updated("600519"));
+        page.openInThs("000001", 21);
+        page.openInThs("000002", 22);
         bool ranOn = true;
         int openHandles = -1;
         bool modal = false;
@@ -994,6 +998,10 @@ private slots:
         QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
         QCOMPARE(page.find<QPushButton>("currentSoftwareButton")->text(), QStringLiteral("同花顺"));
         QTRY_VERIFY(page.page->findChild<StockHelperDialog *>() == nullptr);
+        // Its copies are those of now.
+        QVERIFY(!page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
+        QVERIFY(page.find<QComboBox>("thsInstanceComboBox")->isVisible());
+        QCOMPARE(page.find<QComboBox>("thsInstanceComboBox")->count(), 2);
     }
 
     void changedColoursAndSizesOfTheNameCountAtOnce()
