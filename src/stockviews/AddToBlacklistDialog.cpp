@@ -36,8 +36,6 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
     setModal(true);
     setMinimumWidth(MinimumWidth);
 
-    const QString stock =
-        stockName.isEmpty() ? stockCode : QStringLiteral("%1 (%2)").arg(stockName, stockCode);
     auto *quickCaption =
         makeLabel(QStringLiteral("quickReasonLabel"), QStringLiteral("快速选择原因（可选）："));
     auto *reasonCaption =
@@ -65,7 +63,8 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
     cancel->setAutoDefault(false);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(makeLabel(QStringLiteral("stockLabel"), QStringLiteral("股票：%1").arg(stock),
+    layout->addWidget(makeLabel(QStringLiteral("stockLabel"),
+                                BlacklistRules::dialogHeading(stockName, stockCode),
                                 QStringLiteral("QLabel { font-size: 18px; font-weight: bold; }")));
     layout->addWidget(quickCaption);
     layout->addWidget(m_quickReasonComboBox);

@@ -3,6 +3,7 @@
 #include "stockviews/StockRendering.h"
 
 #include <QLatin1String>
+#include <QTextDocument>
 
 namespace {
 
@@ -12,6 +13,24 @@ QString statusStyle(const char *color)
 {
     return QStringLiteral("QLabel { color: %1; font-weight: bold; }").arg(QLatin1String(color));
 }
+
+bool hasName(const QString &name, const QString &code)
+{
+    return !name.isEmpty() && name != code;
+}
+
+QString reasonToolTip(const QString &reason)
+{
+    const QString text =
+        reason.isEmpty() ? QStringLiteral("已在黑名单中") : QStringLiteral("已在黑名单中：") + reason;
+    // A tool tip takes for HTML what looks like it.
+    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
+}
+
+// Without padding, which would leave no room for the text.
+const QString plainButtonStyle = QStringLiteral("QPushButton { padding: 0px; }");
+const QString redButtonStyle =
+    QStringLiteral("QPushButton { padding: 0px; color: #e74c3c; font-weight: bold; }");
 
 } // namespace
 
@@ -53,7 +72,13 @@ QString shownReason(const QJsonObject &check)
 
 QString stockText(const QString &name, const QString &code)
 {
-    return name.isEmpty() ? code : QStringLiteral("%1(%2)").arg(name, code);
+    return hasName(name, code) ? QStringLiteral("%1(%2)").arg(name, code) : code;
+}
+
+QString dialogHeading(const QString &name, const QString &code)
+{
+    return QStringLiteral("股票：") +
+           (hasName(name, code) ? QStringLiteral("%1 (%2)").arg(name, code) : code);
 }
 
 QString removalQuestion(const QString &name, const QString &code, const QString &reason)
@@ -62,21 +87,39 @@ QString removalQuestion(const QString &name, const QString &code, const QString 
         .arg(stockText(name, code), reason);
 }
 
-LabelContent listedName(const QString &name, const QString &code, const StockRenderSettings &settings)
+LabelContent listedName(const QString &name, const QString &code, const QString &reason,
+                        const StockRenderSettings &settings)
 {
     const QString badge =
         QStringLiteral("<span style='background-color: #e74c3c; color: white; padding: 2px 6px; "
                        "border-radius: 3px; font-size: %1pt; font-weight: bold; margin-right: 5px;'>"
                        "⚠️黑名单</span>")
             .arg(settings.stockCodeNameFontSize - BadgeSmaller);
-    const QString shown = (name.isEmpty() ? code : name).toHtmlEscaped();
+    const QString shown = (hasName(name, code) ? name : code).toHtmlEscaped();
     QString html = QStringLiteral("<a href=\"search:%2\" style=\"color: %3; text-decoration: none; "
                                   "font-weight: bold; font-size: %4pt;\">%2</a>%1")
                        .arg(badge, shown, StockRendering::getMarketColor(code, settings),
                             QString::number(settings.stockCodeNameFontSize));
-    if (!name.isEmpty())
+    if (hasName(name, code))
         html += QLatin1Char(' ') + code.toHtmlEscaped();
-    return {html, QString(), {}};
+    return {html, QString(), reasonToolTip(reason)};
+}
+
+LabelContent unlistedName(const QString &name, const QString &code, const StockRenderSettings &settings)
+{
+    if (!hasName(name, code))
+        return StockRendering::nonStockName(code, settings);
+    return {StockRendering::stockLink(name, code, settings), QString(), {}};
+}
+
+LabelContent listedButton(const QString &reason)
+{
+    return {QStringLiteral("移"), redButtonStyle, reasonToolTip(reason)};
+}
+
+LabelContent unlistedButton()
+{
+    return {QStringLiteral("黑"), plainButtonStyle, QStringLiteral("黑名单管理")};
 }
 
 QString failureStyle()

@@ -7,8 +7,8 @@
 #include <QString>
 #include <QStringList>
 
-/// What the user's blacklist says and takes: pure functions. A stock's name may be empty; its code then
-/// stands alone.
+/// What the user's blacklist says and takes: pure functions. A stock's name may be empty, and that of what is
+/// no stock is its code; the code then stands alone.
 namespace BlacklistRules {
 
 constexpr int ShortestReason = 3; ///< characters, without blanks around
@@ -31,11 +31,21 @@ QString shownReason(const QJsonObject &check);
 
 /// "name(code)".
 QString stockText(const QString &name, const QString &code);
+/// The first line of the dialog that asks for a reason, "股票：name (code)".
+QString dialogHeading(const QString &name, const QString &code);
 /// The question whether a listed stock is to be taken from the list; plain text.
 QString removalQuestion(const QString &name, const QString &code, const QString &reason);
 
-/// The label of a listed stock's name: the link for news, the badge, and the code.
-LabelContent listedName(const QString &name, const QString &code, const StockRenderSettings &settings);
+/// The label of a listed stock's name: the link for news, the badge, and the code. Its tool tip is the
+/// reason.
+LabelContent listedName(const QString &name, const QString &code, const QString &reason,
+                        const StockRenderSettings &settings);
+/// The label of any other stock's name: the link alone.
+LabelContent unlistedName(const QString &name, const QString &code, const StockRenderSettings &settings);
+
+/// The button of the blacklist.
+LabelContent listedButton(const QString &reason);
+LabelContent unlistedButton();
 
 // Styles of the status line.
 QString failureStyle();

@@ -193,7 +193,6 @@ void StockAnalysisUi::buildControlGroup(QWidget *page)
 void StockAnalysisUi::buildHeader(QWidget *page)
 {
     companyNameLabel = make<NameLabel>(QStringLiteral("companyNameLabel"), page);
-    companyNameLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     searchStockButton = makeButton(QStringLiteral("searchStockButton"), QStringLiteral("异"), page,
                                    QStringLiteral("点击查看异动解析"));
     blacklistButton = makeButton(QStringLiteral("blacklistButton"), QStringLiteral("黑"), page,
@@ -328,6 +327,7 @@ void StockAnalysisUi::setFontSizes(const FontSizes &sizes)
     m_sizes = sizes;
     QFont font = companyNameLabel->font();
     font.setPointSize(sizes.name);
+    companyNameLabel->setFont(font);
     companyNameLabel->setFixedHeight(qMax(ActionButtonSize, QFontMetrics(font).height()));
 
     font = regionLabel->font();

@@ -16,6 +16,7 @@
 #include "stockviews/LimitUpPopup.h"
 #include "stockviews/NameLabel.h"
 #include "stockviews/StockAnalysisUi.h"
+#include "stockviews/StockBlacklist.h"
 #include "stockviews/StockPageRules.h"
 #include "stockviews/StockPortals.h"
 #include "stockviews/ValueLabel.h"
@@ -78,9 +79,8 @@ StockAnalysisWidget::StockAnalysisWidget(Surroundings surroundings, QWidget *par
     , m_limitUpPopup(new LimitUpPopup(this))
 {
     m_ui->setupUi(this);
-    // What these open does not exist yet.
-    for (QPushButton *button : {m_ui->themeButton, m_ui->blacklistButton})
-        button->setEnabled(false);
+    // What it opens does not exist yet.
+    m_ui->themeButton->setEnabled(false);
     m_refreshTimer->setInterval(TickMs);
     m_popupHideTimer->setSingleShot(true);
     m_popupHideTimer->setInterval(PopupHideMs);
@@ -88,6 +88,7 @@ StockAnalysisWidget::StockAnalysisWidget(Surroundings surroundings, QWidget *par
     readState();
     m_ui->linkageComboBox->setCurrentIndex(m_linkageMode);
     showIndicator(false);
+    setupBlacklist();
     setupConnections();
     refreshTdxInstances();
     refreshThsInstances();
@@ -123,6 +124,7 @@ void StockAnalysisWidget::connectClient()
             &StockAnalysisWidget::onDynamicAnalysisReceived);
     connect(m_apiClient, &StockApiClient::queryError, this,
             QOverload<const QString &, const QString &>::of(&StockAnalysisWidget::onQueryError));
+    connectBlacklistClient();
 }
 
 void StockAnalysisWidget::useConfiguredService()
@@ -132,6 +134,7 @@ void StockAnalysisWidget::useConfiguredService()
     dropConfigConnections();
     delete m_apiClient;
     m_apiClient = new StockApiClient(this);
+    m_blacklist->setClient(m_apiClient);
     connectClient();
     if (loadingOffset)
         loadOffset();
@@ -197,7 +200,12 @@ void StockAnalysisWidget::readState()
 
 void StockAnalysisWidget::setAuthManager(AuthManager *authManager)
 {
+    if (m_authManager)
+        disconnect(m_authManager, nullptr, this, nullptr);
     m_authManager = authManager;
+    if (authManager != nullptr)
+        connect(authManager, &AuthManager::authStatusChanged, this, &StockAnalysisWidget::onUserChanged);
+    onUserChanged();
 }
 
 void StockAnalysisWidget::setSpeechManager(SpeechManager *speechManager)

@@ -26,6 +26,7 @@ class QJsonObject;
 class QTimer;
 class SpeechManager;
 class StockApiClient;
+class StockBlacklist;
 class StockCodeSender;
 struct ProcessInstance;
 struct StockAnalysisUi;
@@ -112,6 +113,11 @@ private slots:
     void onAigupiaoButtonClicked();
     void onSinaButtonClicked();
     void onXueqiuButtonClicked();
+    void onBlacklistButtonClicked();
+    void onCheckBlacklistFinished(bool success, const QJsonObject &answer);
+    void onAddToBlacklistFinished(bool success, const QString &message);
+    void onRemoveFromBlacklistFinished(bool success, const QString &message);
+    void updateBlacklistDisplay();
     void onRecentLimitUpLabelEntered();
     void onRecentLimitUpLabelLeft();
 
@@ -183,6 +189,14 @@ private:
     /// Asks for the analysis of this code where its panel is open.
     void refreshMoveAnalysis(const QString &code);
 
+    // The blacklist.
+    void setupBlacklist();
+    void connectBlacklistClient();
+    void checkBlacklistOfShownStock();
+    void onUserChanged();
+    void askForRemoval(const QString &question);
+    void showAddToBlacklistDialog();
+
     // Compact mode.
     void enterCompactMode();
     void leaveCompactMode();
@@ -207,6 +221,8 @@ private:
     LimitUpPopup *m_limitUpPopup = nullptr;
     QPointer<DynamicAnalysisDialog> m_dynamicAnalysisDialog; ///< made on first use
     bool m_analysisFollowsStock = false;                     ///< the last query was for a panel that was open
+    StockBlacklist *m_blacklist = nullptr;
+    qint32 m_userId = 0; ///< whose blacklist it is; 0 for nobody's
 
     bool m_autoRefreshEnabled = false;
     bool m_isMonitoring = false;

@@ -35,6 +35,7 @@ void StockAnalysisWidget::displayStockInfo(const StockInfo &info)
     m_currentStockName = info.stockName;
     m_currentStockCode = info.stockCode;
     updatePortalToolTips();
+    checkBlacklistOfShownStock();
     speakName(info.stockCode, info.stockName);
     refreshMoveAnalysis(info.stockCode);
 }
@@ -86,7 +87,9 @@ void StockAnalysisWidget::showAgain()
         displayPlainCode(m_shownPlainCode);
     } else {
         clearStockDisplay();
+        return;
     }
+    updateBlacklistDisplay();
 }
 
 QString StockAnalysisWidget::successStyle() const

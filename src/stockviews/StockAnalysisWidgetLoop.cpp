@@ -11,6 +11,7 @@
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/LimitUpPopup.h"
 #include "stockviews/StockAnalysisUi.h"
+#include "stockviews/StockBlacklist.h"
 #include "stockviews/StockPageRules.h"
 #include "stockviews/ValueLabel.h"
 
@@ -192,6 +193,7 @@ void StockAnalysisWidget::onStockCodeChanged()
         return;
     m_currentStockCode = code;
     m_currentStockName.clear();
+    m_blacklist->setStock(code, QString());
     updatePortalToolTips();
     // What it changed from stays empty, as it is meant in this version.
     showStatus(QStringLiteral("检测到股票代码变化: %1 -> %2").arg(QString(), code));
@@ -211,6 +213,7 @@ void StockAnalysisWidget::onStockCodeChanged()
     clearStockDisplay();
     if (!code.isEmpty()) {
         m_currentStockName = code;
+        m_blacklist->setStock(code, code);
         displayPlainCode(code);
     }
     refreshMoveAnalysis(code);

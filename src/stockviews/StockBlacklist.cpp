@@ -7,38 +7,59 @@
 
 StockBlacklist::StockBlacklist(StockApiClient *client, std::function<bool()> isLoggedIn, QObject *parent)
     : QObject(parent), m_client(client), m_isLoggedIn(std::move(isLoggedIn))
+{}
+
+void StockBlacklist::setClient(StockApiClient *client)
 {
-    connect(client, &StockApiClient::checkBlacklistFinished, this, &StockBlacklist::onCheckBlacklistFinished);
-    connect(client, &StockApiClient::addToBlacklistFinished, this, &StockBlacklist::onAddToBlacklistFinished);
-    connect(client, &StockApiClient::removeFromBlacklistFinished, this,
-            &StockBlacklist::onRemoveFromBlacklistFinished);
+    m_client = client;
+    m_isManualBlacklistCheck = false;
+}
+
+void StockBlacklist::forget()
+{
+    m_isInBlacklist = false;
+    m_blacklistReason.clear();
+    m_isManualBlacklistCheck = false;
+    emit displayChanged();
+    m_markedCode.clear();
 }
 
 void StockBlacklist::setStock(const QString &code, const QString &name)
 {
-    m_code = code;
-    m_name = name;
+    m_shown = {code, name};
+}
+
+StockBlacklist::Stock StockBlacklist::withItsName(const Stock &stock) const
+{
+    // The name may have come in the meantime.
+    return stock.name.isEmpty() && stock.code == m_shown.code ? m_shown : stock;
+}
+
+void StockBlacklist::sendCheck()
+{
+    m_checked = m_shown;
+    m_client->checkBlacklist(m_shown.code);
 }
 
 void StockBlacklist::check()
 {
-    if (m_code.isEmpty() || !m_isLoggedIn())
+    if (m_shown.code.isEmpty() || !m_isLoggedIn())
         return;
     m_isManualBlacklistCheck = false;
-    m_client->checkBlacklist(m_code);
+    sendCheck();
 }
 
 void StockBlacklist::manage()
 {
     if (!m_isLoggedIn())
         return;
-    if (m_code.isEmpty()) {
+    if (m_shown.code.isEmpty()) {
         showFailure(QStringLiteral("请先查询股票信息"));
         return;
     }
     emit statusShown(QStringLiteral("正在检查黑名单状态..."), BlacklistRules::progressStyle());
     m_isManualBlacklistCheck = true;
-    m_client->checkBlacklist(m_code);
+    sendCheck();
 }
 
 void StockBlacklist::onCheckBlacklistFinished(bool success, const QJsonObject &data)
@@ -48,34 +69,39 @@ void StockBlacklist::onCheckBlacklistFinished(bool success, const QJsonObject &d
         return;
     }
     m_isInBlacklist = data.value(QLatin1String("in_blacklist")).toBool();
+    m_markedCode = m_checked.code;
     m_blacklistReason = m_isInBlacklist ? BlacklistRules::shownReason(data) : QString();
     emit displayChanged();
-    const bool manual = std::exchange(m_isManualBlacklistCheck, false);
-    if (!manual) {
+    if (!std::exchange(m_isManualBlacklistCheck, false)) {
         if (m_isInBlacklist)
             showListed();
-    } else if (m_isInBlacklist) {
-        emit removalAsked(BlacklistRules::removalQuestion(m_name, m_code, m_blacklistReason));
-    } else {
-        emit additionAsked();
+        return;
     }
+    m_asked = withItsName(m_checked);
+    if (m_isInBlacklist)
+        emit removalAsked(BlacklistRules::removalQuestion(m_asked.name, m_asked.code, m_blacklistReason));
+    else
+        emit additionAsked();
 }
 
 void StockBlacklist::add(const QString &reason)
 {
+    m_added = askedStock();
     emit statusShown(QStringLiteral("正在添加到黑名单..."), BlacklistRules::progressStyle());
-    m_client->addToBlacklist(m_code, m_name, BlacklistRules::ReasonType, reason);
+    m_client->addToBlacklist(m_added.code, m_added.name, BlacklistRules::ReasonType, reason);
 }
 
 void StockBlacklist::remove()
 {
+    m_removed = askedStock();
     emit statusShown(QStringLiteral("正在从黑名单移除..."), BlacklistRules::progressStyle());
-    m_client->removeFromBlacklist(m_code);
+    m_client->removeFromBlacklist(m_removed.code);
 }
 
 void StockBlacklist::keep()
 {
-    showListed();
+    if (m_isInBlacklist && concerns(m_asked.code))
+        showListed();
 }
 
 void StockBlacklist::onAddToBlacklistFinished(bool success, const QString &message)
@@ -85,11 +111,15 @@ void StockBlacklist::onAddToBlacklistFinished(bool success, const QString &messa
         emit failed(message);
         return;
     }
-    m_isInBlacklist = true;
-    m_isManualBlacklistCheck = false;
-    // So that the reason comes from the service.
-    m_client->checkBlacklist(m_code);
-    emit statusShown(QStringLiteral("已添加到黑名单: ") + BlacklistRules::stockText(m_name, m_code),
+    if (m_added.code == m_shown.code) {
+        m_isInBlacklist = true;
+        m_markedCode = m_added.code;
+        m_isManualBlacklistCheck = false;
+        // So that the reason comes from the service.
+        sendCheck();
+    }
+    emit statusShown(QStringLiteral("已添加到黑名单: ") +
+                         BlacklistRules::stockText(m_added.name, m_added.code),
                      BlacklistRules::successStyle());
     emit done(message);
 }
@@ -101,16 +131,23 @@ void StockBlacklist::onRemoveFromBlacklistFinished(bool success, const QString &
         emit failed(message);
         return;
     }
-    m_isInBlacklist = false;
-    m_blacklistReason.clear();
-    emit displayChanged();
-    emit statusShown(QStringLiteral("已从黑名单移除: ") + BlacklistRules::stockText(m_name, m_code),
+    // The stock on show by now may be another one, with a mark of its own.
+    if (concerns(m_removed.code)) {
+        m_isInBlacklist = false;
+        m_blacklistReason.clear();
+        emit displayChanged();
+    }
+    emit statusShown(QStringLiteral("已从黑名单移除: ") +
+                         BlacklistRules::stockText(m_removed.name, m_removed.code),
                      BlacklistRules::successStyle());
     emit done(message);
 }
 
 void StockBlacklist::showListed()
 {
+    // Under another stock the line would be taken for that one's.
+    if (!concerns(m_shown.code))
+        return;
     emit statusShown(QStringLiteral("⚠️ 黑名单股票：") + m_blacklistReason,
                      BlacklistRules::failureStyle());
 }

@@ -564,6 +564,8 @@ QString formatOpeningAmount(double amount, bool highlight, const QString &color)
 
 QString stockLink(const QString &name, const QString &code, const StockRenderSettings &settings)
 {
+    if (name.isEmpty())
+        return nameLink(code, code, code, settings);
     return nameLink(name, name + QLatin1Char(' ') + code, code, settings);
 }
 

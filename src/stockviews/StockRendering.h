@@ -34,7 +34,7 @@ QString formatAmount(const QString &amount);
 /// The opening's money in yuan as rich text, on a ground of \p color when \p highlight is set.
 QString formatOpeningAmount(double amount, bool highlight, const QString &color);
 
-/// The name with the code, as a link "search:NAME".
+/// The name with the code, as a link "search:NAME"; without a name the code alone.
 QString stockLink(const QString &name, const QString &code, const StockRenderSettings &settings);
 
 /// Who the stock is and how big: `companyNameLabel` to `yoyValueLabel`, and the caption `netProfitLabel`.

@@ -41,6 +41,11 @@ private slots:
     void questionNamesTheStockAndTheReason();
     void listedNameCarriesTheBadge_data();
     void listedNameCarriesTheBadge();
+    void unlistedNameIsTheLinkAlone_data();
+    void unlistedNameIsTheLinkAlone();
+    void buttonTellsTheState();
+    void toolTipShowsTheReasonAsItIs_data();
+    void toolTipShowsTheReasonAsItIs();
     void statusStylesDiffer();
 };
 
@@ -128,6 +133,11 @@ void TestBlacklistRules::questionNamesTheStockAndTheReason()
              text("股票 云雀股份(600001) 已在黑名单中\n\n原因：股东减持\n\n是否要从黑名单中移除？"));
     QCOMPARE(BlacklistRules::removalQuestion(QString(), text("600001"), text("%1 %2")),
              text("股票 600001 已在黑名单中\n\n原因：%1 %2\n\n是否要从黑名单中移除？"));
+    QCOMPARE(BlacklistRules::stockText(text("399001"), text("399001")), text("399001"));
+    QCOMPARE(BlacklistRules::dialogHeading(text("云雀股份"), text("600001")),
+             text("股票：云雀股份 (600001)"));
+    QCOMPARE(BlacklistRules::dialogHeading(QString(), text("600001")), text("股票：600001"));
+    QCOMPARE(BlacklistRules::dialogHeading(text("399001"), text("399001")), text("股票：399001"));
 }
 
 void TestBlacklistRules::listedNameCarriesTheBadge_data()
@@ -146,6 +156,11 @@ void TestBlacklistRules::listedNameCarriesTheBadge_data()
                                        "<a href=\"search:300001\" style=\"color: gem-color; text-decoration: "
                                        "none; font-weight: bold; font-size: 15pt;\">300001</a>") +
                                        badge;
+    QTest::newRow("what is no stock") << text("300001") << text("300001")
+                                      << text("<a href=\"search:300001\" style=\"color: gem-color; "
+                                              "text-decoration: none; font-weight: bold; font-size: "
+                                              "15pt;\">300001</a>") +
+                                             badge;
     QTest::newRow("signs of HTML and of formats")
         << text("<b>%1&\"") << text("600001")
         << text("<a href=\"search:&lt;b&gt;%1&amp;&quot;\" style=\"color: main-color; text-decoration: none; "
@@ -157,9 +172,64 @@ void TestBlacklistRules::listedNameCarriesTheBadge()
 {
     QFETCH(QString, name);
     QFETCH(QString, code);
-    const LabelContent content = BlacklistRules::listedName(name, code, settings());
+    const LabelContent content = BlacklistRules::listedName(name, code, text("股东减持"), settings());
     QTEST(content.text, "html");
     QCOMPARE(content.style.value_or(text("kept")), QString());
+    QCOMPARE(content.toolTip, text("已在黑名单中：股东减持"));
+}
+
+void TestBlacklistRules::unlistedNameIsTheLinkAlone_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("html");
+
+    const QString link = text("<a href=\"search:%1\" style=\"color: main-color; text-decoration: none; "
+                              "font-weight: bold; font-size: 15pt;\">%2</a>");
+    QTest::newRow("name and code") << text("云雀股份") << text("600001")
+                                   << link.arg(text("云雀股份"), text("云雀股份 600001"));
+    QTest::newRow("code alone") << QString() << text("600001") << link.arg(text("600001"), text("600001"));
+    QTest::newRow("what is no stock")
+        << text("600001") << text("600001") << link.arg(text("600001"), text("600001"));
+}
+
+void TestBlacklistRules::unlistedNameIsTheLinkAlone()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, code);
+    const LabelContent content = BlacklistRules::unlistedName(name, code, settings());
+    QTEST(content.text, "html");
+    QCOMPARE(content.style.value_or(text("kept")), QString());
+    QCOMPARE(content.toolTip, QString());
+}
+
+void TestBlacklistRules::buttonTellsTheState()
+{
+    const LabelContent listed = BlacklistRules::listedButton(text("股东减持"));
+    QCOMPARE(listed.text, text("移"));
+    QVERIFY(listed.style->contains(text("color: #e74c3c")));
+    QCOMPARE(listed.toolTip, text("已在黑名单中：股东减持"));
+    const LabelContent unlisted = BlacklistRules::unlistedButton();
+    QCOMPARE(unlisted.text, text("黑"));
+    QVERIFY(!unlisted.style->contains(text("color")));
+    QCOMPARE(unlisted.toolTip, text("黑名单管理"));
+}
+
+void TestBlacklistRules::toolTipShowsTheReasonAsItIs_data()
+{
+    QTest::addColumn<QString>("reason");
+    QTest::addColumn<QString>("toolTip");
+
+    QTest::newRow("none") << QString() << text("已在黑名单中");
+    QTest::newRow("words") << text("A&B 减持") << text("已在黑名单中：A&B 减持");
+    QTest::newRow("what looks like HTML")
+        << text("<b>减持</b>") << text("已在黑名单中：&lt;b&gt;减持&lt;/b&gt;");
+}
+
+void TestBlacklistRules::toolTipShowsTheReasonAsItIs()
+{
+    QFETCH(QString, reason);
+    QTEST(BlacklistRules::listedButton(reason).toolTip, "toolTip");
 }
 
 void TestBlacklistRules::statusStylesDiffer()

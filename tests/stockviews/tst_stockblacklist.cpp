@@ -16,6 +16,8 @@ namespace {
 
 const QString code = QStringLiteral("600036");
 const QString name = QStringLiteral("招商银行");
+const QString otherCode = QStringLiteral("000001");
+const QString otherName = QStringLiteral("平安银行");
 const QString red = QStringLiteral("QLabel { color: #e74c3c; font-weight: bold; }");
 const QString blue = QStringLiteral("QLabel { color: #3498db; font-weight: bold; }");
 const QString green = QStringLiteral("QLabel { color: #27ae60; font-weight: bold; }");
@@ -61,10 +63,19 @@ private slots:
     void removedStockLosesItsMark();
     void refusedRemovalIsTold();
     void nameMayBeMissing();
+    void nameThatComesLaterIsSent();
+    void markTellsOfTheStockThatWasChecked();
+    void answersOfTheUserGoToTheStockThatWasAskedAbout();
+    void removalOfTheStockBeforeLeavesTheMarkOfTheNextOne();
+    void keepingTheStockBeforeSaysNothingUnderTheNextOne();
+    void forgottenMarkIsGone();
+    void otherClientIsAskedFromThenOn();
     void listIsThereAfterARestartAndOnASecondMachine();
 
 private:
     void open(const QString &stockName = name);
+    /// Presses the button and waits until the user is asked, for removal or for a reason.
+    void askAbout(bool listed);
     void answer(const QJsonObject &object) { m_server->queueAnswer(RawAnswer::json(object)); }
 
     std::unique_ptr<RawHttpServer> m_server;
@@ -97,8 +108,25 @@ void TestStockBlacklist::open(const QString &stockName)
     m_list.reset();
     m_client = std::make_unique<StockApiClient>();
     m_list = std::make_unique<StockBlacklist>(m_client.get(), [this] { return m_loggedIn; });
+    // As the page does it.
+    connect(m_client.get(), &StockApiClient::checkBlacklistFinished, m_list.get(),
+            &StockBlacklist::onCheckBlacklistFinished);
+    connect(m_client.get(), &StockApiClient::addToBlacklistFinished, m_list.get(),
+            &StockBlacklist::onAddToBlacklistFinished);
+    connect(m_client.get(), &StockApiClient::removeFromBlacklistFinished, m_list.get(),
+            &StockBlacklist::onRemoveFromBlacklistFinished);
     m_list->setStock(code, stockName);
     m_log = std::make_unique<SignalLog>(*m_list);
+}
+
+void TestStockBlacklist::askAbout(bool listed)
+{
+    answer(checked(listed, QString(), QStringLiteral("股东减持")));
+    m_list->manage();
+    QVERIFY(m_log->waitFor(3));
+    QCOMPARE(m_log->names().last(),
+             listed ? QStringLiteral("removalAsked") : QStringLiteral("additionAsked"));
+    m_log->clear();
 }
 
 void TestStockBlacklist::withoutAUserNothingHappens()
@@ -195,9 +223,10 @@ void TestStockBlacklist::failedCheckLeavesTheMark()
 
 void TestStockBlacklist::ownReasonIsSentWithTypeNine()
 {
+    askAbout(false);
     m_list->add(QStringLiteral("ST风险很大"));
-    QVERIFY(m_server->waitForRequests(1));
-    const RawRequest request = m_server->requests().first();
+    QVERIFY(m_server->waitForRequests(2));
+    const RawRequest request = m_server->requests().last();
     QCOMPARE(request.method, QByteArray("POST"));
     QCOMPARE(request.target, QByteArray("/stockhelper/blacklist"));
     const QJsonObject expected{{QStringLiteral("stock_code"), code},
@@ -210,6 +239,7 @@ void TestStockBlacklist::ownReasonIsSentWithTypeNine()
 
 void TestStockBlacklist::addedStockIsCheckedOnceMore()
 {
+    askAbout(false);
     answer({{QStringLiteral("success"), true}, {QStringLiteral("message"), QStringLiteral("添加成功")}});
     answer(checked(true, QStringLiteral("大股东减持"), QStringLiteral("其他")));
     m_list->add(QStringLiteral("大股东减持"));
@@ -226,6 +256,7 @@ void TestStockBlacklist::addedStockIsCheckedOnceMore()
 
 void TestStockBlacklist::refusedAdditionIsTold()
 {
+    askAbout(false);
     answer(refused(QStringLiteral("已在黑名单中")));
     m_list->add(QStringLiteral("大股东减持"));
     QVERIFY(m_log->waitFor(3));
@@ -236,10 +267,7 @@ void TestStockBlacklist::refusedAdditionIsTold()
 
 void TestStockBlacklist::removedStockLosesItsMark()
 {
-    answer(checked(true, QString(), QStringLiteral("股东减持")));
-    m_list->check();
-    QVERIFY(m_log->waitFor(2));
-    m_log->clear();
+    askAbout(true);
     answer({{QStringLiteral("success"), true}, {QStringLiteral("message"), QStringLiteral("移除成功")}});
     m_list->remove();
     QVERIFY(m_log->waitFor(4));
@@ -255,10 +283,7 @@ void TestStockBlacklist::removedStockLosesItsMark()
 
 void TestStockBlacklist::refusedRemovalIsTold()
 {
-    answer(checked(true, QString(), QStringLiteral("股东减持")));
-    m_list->check();
-    QVERIFY(m_log->waitFor(2));
-    m_log->clear();
+    askAbout(true);
     answer(refused(QStringLiteral("不在黑名单中")));
     m_list->remove();
     QVERIFY(m_log->waitFor(3));
@@ -274,6 +299,125 @@ void TestStockBlacklist::nameMayBeMissing()
     m_list->manage();
     QVERIFY(m_log->waitFor(3));
     QVERIFY(m_log->lines().last().startsWith(QStringLiteral("removalAsked(股票 600036 已在黑名单中")));
+}
+
+void TestStockBlacklist::nameThatComesLaterIsSent()
+{
+    open(QString());
+    askAbout(false);
+    QCOMPARE(m_list->askedStock().name, QString());
+    m_list->setStock(code, name);
+    QCOMPARE(m_list->askedStock().name, name);
+    m_list->add(QStringLiteral("大股东减持"));
+    QVERIFY(m_server->waitForRequests(2));
+    QCOMPARE(QJsonDocument::fromJson(m_server->requests().last().body)
+                 .object()
+                 .value(QStringLiteral("stock_name"))
+                 .toString(),
+             name);
+}
+
+void TestStockBlacklist::markTellsOfTheStockThatWasChecked()
+{
+    QVERIFY(!m_list->concerns(QString()));
+    QVERIFY(!m_list->concerns(code));
+    answer(checked(true, QString(), QStringLiteral("股东减持")));
+    m_list->check();
+    m_list->setStock(otherCode, otherName);
+    QVERIFY(m_log->waitFor(1));
+    QVERIFY(m_list->isInBlacklist());
+    QVERIFY(m_list->concerns(code));
+    QVERIFY(!m_list->concerns(otherCode));
+    // The reason of the one would be taken for that of the other.
+    QCOMPARE(m_log->lines(), QStringList(QStringLiteral("displayChanged()")));
+
+    // An answer carries no code: of two the last one counts, for the stock that was checked last.
+    m_list->check();
+    answer(checked(false));
+    QVERIFY(waitUntil([this] { return m_list->concerns(otherCode); }));
+    QVERIFY(!m_list->isInBlacklist());
+}
+
+void TestStockBlacklist::answersOfTheUserGoToTheStockThatWasAskedAbout()
+{
+    askAbout(true);
+    m_list->setStock(otherCode, otherName);
+    answer({{QStringLiteral("success"), true}, {QStringLiteral("message"), QStringLiteral("移除成功")}});
+    m_list->remove();
+    QVERIFY(m_log->waitFor(4));
+    QCOMPARE(m_server->requests().last().target, QByteArray("/stockhelper/blacklist/600036"));
+    QVERIFY(m_log->lines().contains(status(QStringLiteral("已从黑名单移除: 招商银行(600036)"), green)));
+
+    m_list->setStock(code, name);
+    m_log->clear();
+    askAbout(false);
+    m_list->setStock(otherCode, otherName);
+    answer({{QStringLiteral("success"), true}, {QStringLiteral("message"), QStringLiteral("添加成功")}});
+    m_list->add(QStringLiteral("大股东减持"));
+    QVERIFY(m_log->waitFor(3));
+    QCOMPARE(QJsonDocument::fromJson(m_server->requests().last().body)
+                 .object()
+                 .value(QStringLiteral("stock_code"))
+                 .toString(),
+             code);
+    QCOMPARE(m_log->lines().mid(1),
+             (QStringList{status(QStringLiteral("已添加到黑名单: 招商银行(600036)"), green),
+                          QStringLiteral("done(添加成功)")}));
+    QVERIFY(!m_list->isInBlacklist()); // that of the stock on show is told by its own check
+}
+
+void TestStockBlacklist::removalOfTheStockBeforeLeavesTheMarkOfTheNextOne()
+{
+    askAbout(true);
+    m_list->setStock(otherCode, otherName);
+    answer(checked(true, QString(), QStringLiteral("ST风险")));
+    m_list->check();
+    QVERIFY(m_log->waitFor(2));
+    m_log->clear();
+    answer({{QStringLiteral("success"), true}, {QStringLiteral("message"), QStringLiteral("移除成功")}});
+    m_list->remove();
+    QVERIFY(m_log->waitFor(3));
+    QCOMPARE(m_log->names(), (QStringList{QStringLiteral("statusShown"), QStringLiteral("statusShown"),
+                                          QStringLiteral("done")}));
+    QVERIFY(m_list->isInBlacklist());
+    QVERIFY(m_list->concerns(otherCode));
+    QCOMPARE(m_list->reason(), QStringLiteral("ST风险"));
+}
+
+void TestStockBlacklist::keepingTheStockBeforeSaysNothingUnderTheNextOne()
+{
+    askAbout(true);
+    m_list->setStock(otherCode, otherName);
+    m_list->keep();
+    QCOMPARE(m_log->lines(), QStringList());
+}
+
+void TestStockBlacklist::forgottenMarkIsGone()
+{
+    answer(checked(true, QString(), QStringLiteral("股东减持")));
+    m_list->check();
+    QVERIFY(m_log->waitFor(2));
+    m_log->clear();
+    // Who listens sees which stock has lost its mark.
+    bool concerned = false;
+    connect(m_list.get(), &StockBlacklist::displayChanged, m_list.get(),
+            [this, &concerned] { concerned = m_list->concerns(code) && !m_list->isInBlacklist(); });
+    m_list->forget();
+    QVERIFY(concerned);
+    QCOMPARE(m_log->lines(), QStringList(QStringLiteral("displayChanged()")));
+    QVERIFY(!m_list->concerns(code));
+    QCOMPARE(m_list->reason(), QString());
+}
+
+void TestStockBlacklist::otherClientIsAskedFromThenOn()
+{
+    RawHttpServer other;
+    useStockService(other.url(), QStringLiteral("token"));
+    StockApiClient client;
+    m_list->setClient(&client);
+    m_list->check();
+    QVERIFY(other.waitForRequests(1));
+    QVERIFY(m_server->requests().isEmpty());
 }
 
 void TestStockBlacklist::listIsThereAfterARestartAndOnASecondMachine()
@@ -300,6 +444,10 @@ void TestStockBlacklist::listIsThereAfterARestartAndOnASecondMachine()
 
     useStockService(service.baseUrl(), first);
     open();
+    m_list->manage();
+    QVERIFY(m_log->waitFor(3));
+    QCOMPARE(m_log->names().last(), QStringLiteral("additionAsked"));
+    m_log->clear();
     m_list->add(QStringLiteral("大股东减持"));
     QVERIFY(m_log->waitFor(5));
     QVERIFY(m_list->isInBlacklist());
@@ -312,6 +460,10 @@ void TestStockBlacklist::listIsThereAfterARestartAndOnASecondMachine()
         QVERIFY(m_list->isInBlacklist());
         QCOMPARE(m_list->reason(), QStringLiteral("大股东减持"));
     }
+    m_log->clear();
+    m_list->manage();
+    QVERIFY(m_log->waitFor(3));
+    QCOMPARE(m_log->names().last(), QStringLiteral("removalAsked"));
     m_list->remove();
     QVERIFY(waitUntil([this] { return m_log->count(QStringLiteral("done")) == 1; }));
     useStockService(service.baseUrl(), first);

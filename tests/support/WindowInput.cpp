@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QPoint>
+#include <QPointer>
 #include <QWidget>
 #include <QWindow>
 #include <QtTest>
@@ -42,7 +43,11 @@ void doubleClickAt(QWidget *widget, const QPoint &place)
 
 void press(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    QTest::keyClick(windowOf(widget), key, modifiers);
+    // A dialog that the press has closed may be gone before the key is released.
+    const QPointer<QWindow> window = windowOf(widget);
+    QTest::keyPress(window, key, modifiers);
+    if (window)
+        QTest::keyRelease(window, key, modifiers);
 }
 
 void type(QWidget *widget, const QString &text)
