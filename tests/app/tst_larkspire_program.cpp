@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
 
 /// The program itself, as a process on a display.
@@ -26,10 +28,17 @@ private slots:
     void logOffStoresTheSettingsAndIsNotHeldUp();
     void speechThatHangsDoesNotHoldUpTheEnd_data();
     void speechThatHangsDoesNotHoldUpTheEnd();
+    void startAtLogonFollowsTheProgramOnlyWhenItIsChosenAnew();
 
 private:
     static void storeLogin(const QString &serverUrl);
     void startProgram(const QString &program = QStringLiteral(LARKSPIRE_PROGRAM));
+    void endProgram();
+    /// Toggles the box for the start at logon, by the keyboard: from the menu bar to the settings dialog, in
+    /// it to the box, and Return.
+    void toggleStartAtLogon();
+    /// What the desktop runs at logon; empty when it runs nothing.
+    static QString logonCommand();
     /// The title of the window that has the focus.
     static QString activeTitle();
     /// How many windows of this title are on the screen; without one, the program's main windows.
@@ -65,6 +74,43 @@ void TestLarkspireProgram::startProgram(const QString &program)
     m_program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
     m_program->start(program, QStringList());
     QVERIFY(m_program->waitForStarted());
+}
+
+void TestLarkspireProgram::endProgram()
+{
+    m_program->terminate();
+    QVERIFY(m_program->waitForFinished());
+}
+
+void TestLarkspireProgram::toggleStartAtLogon()
+{
+    const QString mainTitle = QStringLiteral("云雀资讯");
+    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), mainTitle, 20000);
+    QVERIFY(run(QStringLiteral("xdotool"),
+                {QStringLiteral("key"), QStringLiteral("Alt_L"), QStringLiteral("Right"),
+                 QStringLiteral("Down"), QStringLiteral("Return")}));
+    QTRY_VERIFY_WITH_TIMEOUT(activeTitle().startsWith(QStringLiteral("系统配置")), 20000);
+    QStringList keys{QStringLiteral("key")};
+    for (int box = 0; box < 4; ++box)
+        keys.append(QStringLiteral("Tab"));
+    QVERIFY(run(QStringLiteral("xdotool"),
+                keys + QStringList{QStringLiteral("space"), QStringLiteral("Return")}));
+    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), mainTitle, 20000);
+}
+
+QString TestLarkspireProgram::logonCommand()
+{
+    QFile entry(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                QStringLiteral("/autostart/Larkspire.desktop"));
+    if (!entry.open(QIODevice::ReadOnly))
+        return QString();
+    const QStringList lines = QString::fromUtf8(entry.readAll()).split(QLatin1Char('\n'));
+    const QString exec = QStringLiteral("Exec=");
+    for (const QString &line : lines) {
+        if (line.startsWith(exec))
+            return line.mid(exec.size());
+    }
+    return QString();
 }
 
 bool TestLarkspireProgram::run(const QString &command, const QStringList &arguments, QByteArray *output)
@@ -252,6 +298,54 @@ void TestLarkspireProgram::speechThatHangsDoesNotHoldUpTheEnd()
     // What it leaves behind does not stand in the way of the next start.
     startProgram();
     QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+}
+
+void TestLarkspireProgram::startAtLogonFollowsTheProgramOnlyWhenItIsChosenAnew()
+{
+    const QTemporaryDir folder;
+    const QString before = folder.filePath(QStringLiteral("云雀 1"));
+    const QString after = folder.filePath(QStringLiteral("云雀 2"));
+    const QString name = QStringLiteral("/larkspire");
+    const QString autoStart = QStringLiteral("Features/EnableAutoStart");
+    QVERIFY(QDir().mkpath(before));
+    QVERIFY(QFile::copy(QStringLiteral(LARKSPIRE_PROGRAM), before + name));
+    storeLogin(m_service->baseUrl());
+    {
+        // The settings tell another tale than the system; the system is right.
+        QSettings settings(settingsFilePath(), QSettings::IniFormat);
+        settings.setValue(autoStart, true);
+    }
+
+    // Absent: the box is off, and toggling it makes the entry.
+    startProgram(before + name);
+    toggleStartAtLogon();
+    QTRY_COMPARE(logonCommand(), QLatin1Char('"') + before + name + QLatin1Char('"'));
+    endProgram();
+    QCOMPARE(QSettings(settingsFilePath(), QSettings::IniFormat).value(autoStart).toBool(), true);
+
+    // It points elsewhere once the program has moved: it stays as it is, and the box is off, until it is
+    // toggled.
+    QVERIFY(QDir().rename(before, after));
+    startProgram(after + name);
+    QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+    QCOMPARE(logonCommand(), QLatin1Char('"') + before + name + QLatin1Char('"'));
+    endProgram();
+    QCOMPARE(QSettings(settingsFilePath(), QSettings::IniFormat).value(autoStart).toBool(), false);
+    startProgram(after + name);
+    toggleStartAtLogon();
+    const QString command = QLatin1Char('"') + after + name + QLatin1Char('"');
+    QTRY_COMPARE(logonCommand(), command);
+    endProgram();
+    QCOMPARE(QSettings(settingsFilePath(), QSettings::IniFormat).value(autoStart).toBool(), true);
+
+    // It points here: what the desktop runs is this program, the box is on, and toggling it takes the entry
+    // away.
+    m_program = std::make_unique<QProcess>();
+    m_program->start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exec ") + command});
+    toggleStartAtLogon();
+    QTRY_COMPARE(logonCommand(), QString());
+    endProgram();
+    QCOMPARE(QSettings(settingsFilePath(), QSettings::IniFormat).value(autoStart).toBool(), false);
 }
 
 int main(int argc, char *argv[])
