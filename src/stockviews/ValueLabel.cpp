@@ -7,16 +7,19 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextBlock>
+#include <QTextCursor>
+#include <QTextLayout>
 
-#include <algorithm>
 #include <cmath>
 
 namespace {
 
 // Kept free at either side, so that round corners cut no text.
 constexpr int SideRoom = 2;
-constexpr double PlateRoom = 4; // beside the text
-constexpr double PlateRadius = 4;
+constexpr double GroundRoom = 4;      // beside the text
+constexpr double NeighbourRoom = 1.5; // towards other text
+constexpr double GroundRadius = 8;
+constexpr double SmallGroundRadius = 3;
 
 } // namespace
 
@@ -38,11 +41,62 @@ void ValueLabel::showValue(const QString &text, const QString &style)
         return;
     setText(text);
     m_document.setHtml(text);
-    const QTextCharFormat format = m_document.firstBlock().begin().fragment().charFormat();
-    const bool isColored = format.foreground().style() != Qt::NoBrush;
-    m_textColor =
-        isColored && format.background().style() == Qt::NoBrush ? format.foreground().color() : QColor();
+    takeColors();
     fit();
+}
+
+/// Takes the grounds out of the text, which would draw them as bare rectangles: they are drawn with the round
+/// corners and the room beside the figures that they ask for.
+void ValueLabel::takeColors()
+{
+    m_textColor = QColor();
+    m_grounds.clear();
+    const QTextBlock line = m_document.firstBlock();
+    for (QTextBlock::iterator part = line.begin(); !part.atEnd(); ++part) {
+        const QTextFragment fragment = part.fragment();
+        const QTextCharFormat format = fragment.charFormat();
+        if (format.background().style() != Qt::NoBrush)
+            m_grounds.append(
+                {fragment.position(), fragment.position() + fragment.length(), format.background().color()});
+        else if (format.foreground().style() != Qt::NoBrush)
+            m_textColor = format.foreground().color();
+    }
+    for (const Ground &ground : qAsConst(m_grounds)) {
+        QTextCursor cursor(&m_document);
+        cursor.setPosition(ground.begin);
+        cursor.setPosition(ground.end, QTextCursor::KeepAnchor);
+        QTextCharFormat format = cursor.charFormat();
+        format.clearBackground();
+        cursor.setCharFormat(format);
+    }
+}
+
+QPointF ValueLabel::textOrigin() const
+{
+    return {(width() - m_document.idealWidth()) / 2, (height() - m_document.size().height()) / 2};
+}
+
+QList<QRectF> ValueLabel::groundRects() const
+{
+    QList<QRectF> rects;
+    const QTextBlock block = m_document.firstBlock();
+    const int end = block.length() - 1;
+    // All badges of the page are as wide as this at least, so that they line up.
+    const double smallest = fontMetrics().horizontalAdvance(QStringLiteral("88888"));
+    for (const Ground &ground : m_grounds) {
+        const QTextLine line = block.layout()->lineForTextPosition(ground.begin);
+        if (!line.isValid())
+            continue;
+        const QPointF corner = textOrigin() + QPointF(line.cursorToX(ground.begin), line.y());
+        QRectF rect(corner, QSizeF(line.cursorToX(ground.end) - line.cursorToX(ground.begin), line.height()));
+        rect.adjust(ground.begin == 0 ? -GroundRoom : -NeighbourRoom, 0,
+                    ground.end == end ? GroundRoom : NeighbourRoom, 0);
+        const double missing = smallest - rect.width();
+        if (m_grounds.size() == 1 && missing > 0)
+            rect.adjust(-missing / 2, 0, missing / 2, 0);
+        rects.append(rect & QRectF(this->rect()));
+    }
+    return rects;
 }
 
 QColor ValueLabel::plateColor() const
@@ -116,18 +170,23 @@ void ValueLabel::paintEvent(QPaintEvent *)
     // middle.
     QPainter painter(this);
     drawFrame(&painter);
-    const QSizeF size(m_document.idealWidth(), m_document.size().height());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    // Beside a neighbour there is no room for large corners.
+    const double radius = m_grounds.size() > 1 ? SmallGroundRadius : GroundRadius;
+    const auto drawGround = [&painter, radius](const QRectF &place, const QColor &color) {
+        painter.setBrush(color);
+        painter.drawRoundedRect(place, radius, radius);
+    };
     const QColor plate = plateColor();
     if (plate.isValid()) {
-        const double plateWidth = std::min(size.width() + 2 * PlateRoom, double(width()));
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(plate);
-        painter.drawRoundedRect(
-            QRectF((width() - plateWidth) / 2, (height() - size.height()) / 2, plateWidth, size.height()),
-            PlateRadius, PlateRadius);
+        const QRectF text(textOrigin(), QSizeF(m_document.idealWidth(), m_document.size().height()));
+        drawGround(text.adjusted(-GroundRoom, 0, GroundRoom, 0) & QRectF(rect()), plate);
     }
-    painter.translate((width() - size.width()) / 2, (height() - size.height()) / 2);
+    const QList<QRectF> grounds = groundRects();
+    for (int i = 0; i < grounds.size(); ++i)
+        drawGround(grounds.at(i), m_grounds.at(i).color);
+    painter.translate(textOrigin());
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette = palette();
     context.palette.setColor(QPalette::Text, palette().color(foregroundRole()));

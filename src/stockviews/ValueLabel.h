@@ -2,6 +2,8 @@
 
 #include <QColor>
 #include <QLabel>
+#include <QList>
+#include <QRectF>
 #include <QTextDocument>
 
 /// A value in the stock grid: rich text in the middle of a coloured ground or of none. What it says changes
@@ -33,6 +35,9 @@ public:
     /// The colour of the plate that lies behind the text now; no valid colour for none.
     QColor plateColor() const;
 
+    /// The grounds that the text brings along, in the label's coordinates, from left to right.
+    QList<QRectF> groundRects() const;
+
     /// The width in pixels that the text takes now.
     qreal textWidth() const { return m_document.idealWidth(); }
 
@@ -45,11 +50,22 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    /// A stretch of the text on a ground of its own.
+    struct Ground
+    {
+        int begin = 0; ///< first character
+        int end = 0;   ///< behind the last one
+        QColor color;
+    };
+
+    void takeColors();
+    QPointF textOrigin() const;
     void fit();
     int lineHeight(qreal points) const;
 
     QTextDocument m_document;
     QColor m_textColor; ///< of text that has a colour and no ground of its own
+    QList<Ground> m_grounds;
     qreal m_configuredPointSize = 12.0;
     qreal m_pointSize = 12.0;
 };

@@ -1148,6 +1148,48 @@ private slots:
         QVERIFY(!page.find<ValueLabel>("marketCapValueLabel")->plateColor().isValid());
     }
 
+    void badgesLineUpAndHoldTheirText()
+    {
+        StockPageFixture page;
+        QJsonObject record =
+            stockRecord(QStringLiteral("600519"), QStringLiteral("贵州茅台"), QStringLiteral("2024-06-12"));
+        QJsonObject basic = record.value(QStringLiteral("basic_info")).toObject();
+        basic.insert(QStringLiteral("net_profit"), QStringLiteral("1"));
+        basic.insert(QStringLiteral("float_shares"), QStringLiteral("7"));
+        record.insert(QStringLiteral("basic_info"), basic);
+        page.service.records.insert(QStringLiteral("600519"), record);
+        page.openInTdx("600519");
+        page.openPage();
+        page.window->resize(600, 700);
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const auto grounds = [&page](const char *label) {
+            return page.find<ValueLabel>(label)->groundRects();
+        };
+        const auto *profit = page.find<ValueLabel>("netProfitValueLabel");
+        // Short ones are as wide as "88888".
+        const double smallest = profit->fontMetrics().horizontalAdvance(QStringLiteral("88888"));
+        QCOMPARE(grounds("netProfitValueLabel").size(), 1);
+        QCOMPARE(grounds("netProfitValueLabel").first().width(), smallest);
+        QCOMPARE(grounds("floatSharesValueLabel").first().width(), smallest);
+        QVERIFY(qAbs(grounds("netProfitValueLabel").first().center().x() - profit->width() / 2.0) <= 0.5);
+        const QRectF ground = grounds("netProfitValueLabel").first();
+        const QColor painted = page.find<ValueLabel>("netProfitValueLabel")
+                                   ->grab()
+                                   .toImage()
+                                   .pixelColor(QPoint(int(ground.left()) + 2, int(ground.center().y())));
+        QCOMPARE(painted, QColor(0x79, 0x0A, 0x79));
+        // A text that is longer has its ground around it.
+        const auto *amount = page.find<ValueLabel>("openingAmountValueLabel");
+        QVERIFY(grounds("openingAmountValueLabel").first().width() > amount->textWidth());
+        // Two prices stand on a ground each, apart from one another.
+        const QList<QRectF> prices = grounds("limitupPriceValueLabel");
+        QCOMPARE(prices.size(), 2);
+        QVERIFY(prices.first().right() < prices.last().left());
+        QVERIFY(grounds("marketCapValueLabel").isEmpty());
+    }
+
     void everyValueHasItsCaption()
     {
         StockPageFixture page;
