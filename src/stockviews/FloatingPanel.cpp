@@ -10,6 +10,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QVector>
+#include <QWindow>
 
 FloatingPanel::FloatingPanel(const QString &title, const PositionMemory &memory, QWidget *parent)
     : QDialog(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
@@ -60,6 +61,26 @@ void FloatingPanel::setPanelColor(const QString &color)
     setStyleSheet(
         QStringLiteral("FloatingPanel { background-color: %1; border: 1px solid #34495e; }").arg(color));
     m_titleBar->setStyleSheet(QStringLiteral("QWidget { background-color: %1; }").arg(color));
+}
+
+bool FloatingPanel::ownerIsMinimized() const
+{
+    return parentWidget() && parentWidget()->window()->isMinimized();
+}
+
+bool FloatingPanel::isOnScreen() const
+{
+    return isVisible() && (!ownerIsMinimized() || windowHandle()->isExposed());
+}
+
+void FloatingPanel::bringOnScreen()
+{
+    if (isOnScreen())
+        return;
+    // Taken away it counts as minimised itself, and would come back as that.
+    hide();
+    setWindowState(Qt::WindowNoState);
+    show();
 }
 
 int FloatingPanel::frameHeight() const

@@ -23,6 +23,11 @@ public:
 
     /// Whether the panel stands where the user has put it.
     bool hasCustomPosition() const { return m_hasCustomPosition; }
+    /// Whether the user sees it. A window manager takes it away along with a main window that is minimised,
+    /// and leaves it visible in Qt's sense.
+    bool isOnScreen() const;
+    /// Shows it, also where the window manager has taken it away.
+    void bringOnScreen();
 
 protected:
     /// Where the place that the user has chosen is kept.
@@ -59,6 +64,8 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    bool ownerIsMinimized() const;
+
     PositionMemory m_memory;
     QVBoxLayout *m_layout;
     QWidget *m_titleBar;

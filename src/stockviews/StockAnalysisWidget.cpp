@@ -19,6 +19,7 @@
 #include "stockviews/StockBlacklist.h"
 #include "stockviews/StockPageRules.h"
 #include "stockviews/StockPortals.h"
+#include "stockviews/ThemeStocksDialog.h"
 #include "stockviews/ValueLabel.h"
 
 #include <QCheckBox>
@@ -79,8 +80,6 @@ StockAnalysisWidget::StockAnalysisWidget(Surroundings surroundings, QWidget *par
     , m_limitUpPopup(new LimitUpPopup(this))
 {
     m_ui->setupUi(this);
-    // What it opens does not exist yet.
-    m_ui->themeButton->setEnabled(false);
     m_refreshTimer->setInterval(TickMs);
     m_popupHideTimer->setSingleShot(true);
     m_popupHideTimer->setInterval(PopupHideMs);
@@ -122,6 +121,8 @@ void StockAnalysisWidget::connectClient()
             &StockAnalysisWidget::onLimitUpDetailInfoReceived);
     connect(m_apiClient, &StockApiClient::dynamicAnalysisReceived, this,
             &StockAnalysisWidget::onDynamicAnalysisReceived);
+    connect(m_apiClient, &StockApiClient::themeStocksReceived, this,
+            &StockAnalysisWidget::onThemeStocksReceived);
     connect(m_apiClient, &StockApiClient::queryError, this,
             QOverload<const QString &, const QString &>::of(&StockAnalysisWidget::onQueryError));
     connectBlacklistClient();
@@ -148,6 +149,7 @@ void StockAnalysisWidget::setupConnections()
 
     connectClient();
 
+    connect(m_ui->themeButton, &QPushButton::clicked, this, &StockAnalysisWidget::onThemeButtonClicked);
     connect(m_ui->settingsButton, &QPushButton::clicked, this, &StockAnalysisWidget::onSettingsButtonClicked);
     connect(m_ui->currentSoftwareButton, &QPushButton::clicked, this,
             &StockAnalysisWidget::onCurrentSoftwareButtonClicked);

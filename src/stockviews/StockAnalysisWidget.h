@@ -9,6 +9,7 @@
 #include <QPoint>
 #include <QPointer>
 #include <QRect>
+#include <QSet>
 #include <QString>
 #include <QWidget>
 
@@ -28,6 +29,7 @@ class SpeechManager;
 class StockApiClient;
 class StockBlacklist;
 class StockCodeSender;
+class ThemeStocksDialog;
 struct ProcessInstance;
 struct StockAnalysisUi;
 
@@ -85,6 +87,8 @@ signals:
     void searchStockNameRequested(const QString &stockName);
 
 private slots:
+    void onThemeButtonClicked();
+    void onThemeStocksReceived(const QList<ThemeStockInfo> &themes);
     void onRefreshButtonClicked();
     void handleAutoRefresh();
     void onSettingsButtonClicked();
@@ -197,6 +201,11 @@ private:
     void askForRemoval(const QString &question);
     void showAddToBlacklistDialog();
 
+    // The concept panel.
+    void queryThemes(const QString &code);
+    /// Has the panel follow the stock while it is open.
+    void followWithThemeDialog(const QString &code);
+
     // Compact mode.
     void enterCompactMode();
     void leaveCompactMode();
@@ -239,6 +248,11 @@ private:
     int m_ticksUntilSearch = 0; ///< for a copy that was started again
     QMetaObject::Connection m_configReceived;
     QMetaObject::Connection m_configFailed;
+
+    QPointer<ThemeStocksDialog> m_themeDialog; ///< made for the first answer
+    QSet<QString> m_themeCodesUnderWay;        ///< asked for and not answered yet
+    QString m_lastThemeCodeAsked;
+    bool m_themesFollowStock = false; ///< the last question came from a new stock, not from the user
 
     bool m_compactMode = false;
     bool m_isDragging = false;

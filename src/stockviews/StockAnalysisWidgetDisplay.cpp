@@ -37,6 +37,7 @@ void StockAnalysisWidget::displayStockInfo(const StockInfo &info)
     updatePortalToolTips();
     checkBlacklistOfShownStock();
     speakName(info.stockCode, info.stockName);
+    followWithThemeDialog(info.stockCode);
     refreshMoveAnalysis(info.stockCode);
 }
 

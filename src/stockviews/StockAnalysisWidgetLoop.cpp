@@ -215,6 +215,7 @@ void StockAnalysisWidget::onStockCodeChanged()
         m_currentStockName = code;
         m_blacklist->setStock(code, code);
         displayPlainCode(code);
+        followWithThemeDialog(code);
     }
     refreshMoveAnalysis(code);
 }

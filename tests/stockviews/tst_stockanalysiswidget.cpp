@@ -200,7 +200,7 @@ private slots:
     {
         StockPageFixture page;
         page.openPage();
-        QVERIFY(!page.find<QPushButton>("themeButton")->isEnabled());
+        QVERIFY(page.find<QPushButton>("themeButton")->isEnabled());
         QVERIFY(page.find<QPushButton>("searchStockButton")->isEnabled());
         QVERIFY(page.find<QPushButton>("blacklistButton")->isEnabled());
     }

@@ -1,0 +1,408 @@
+#include "desktop/XTestKeyboard.h"
+#include "settings/ConfigManager.h"
+#include "stockclient/StockApiConfig.h"
+#include "stockviews/StockPageFixture.h"
+#include "stockviews/ThemeStocksDialog.h"
+#include "support/IsolatedHome.h"
+#include "support/ServiceProcess.h"
+#include "support/speechplugin/SpeechStage.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include <memory>
+
+namespace {
+
+constexpr quint32 homeKeysym = 0xff50; // XK_Home
+const QByteArray themesPath = "/theme_stocks";
+
+/// The list of a stock's concepts as the service sends it.
+RawAnswer themesAnswer(const QString &code, const QStringList &names)
+{
+    QJsonArray data;
+    for (const QString &name : names) {
+        data.append(QJsonObject{{QStringLiteral("stock_code"), code},
+                                {QStringLiteral("sector_name"), name},
+                                {QStringLiteral("desc"), QString()}});
+    }
+    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), data}});
+}
+
+} // namespace
+
+// Runs on a real X server with a window manager; the stocks are those of the real service.
+class tst_StockPageConcepts : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<ServiceProcess> m_service;
+    QString m_session;
+
+    /// A page that talks to the real service.
+    void useRealService() const
+    {
+        ConfigManager::instance()->setApiServerUrl(m_service->baseUrl());
+        ConfigManager::instance()->setSessionToken(m_session);
+        StockApiConfig::instance()->refreshFromSettings();
+        StockApiConfig::instance()->setTdxOffset(StockPageFixture::tdxOffset);
+    }
+    static void show(StockPageFixture &page, const QByteArray &code)
+    {
+        page.openInTdx(code);
+        page.openPage();
+        page.window->move(20, 40);
+        QVERIFY(QTest::qWaitForWindowExposed(page.window.get()));
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("已更新 %1 综合信息").arg(QString::fromLatin1(code)));
+    }
+    static ThemeStocksDialog *panel(const StockPageFixture &page)
+    {
+        return page.page->findChild<ThemeStocksDialog *>();
+    }
+    static bool isOpen(const StockPageFixture &page) { return panel(page) && panel(page)->isVisible(); }
+    static void clickButton(const StockPageFixture &page) { page.find<QPushButton>("themeButton")->click(); }
+    static QString heading(const StockPageFixture &page)
+    {
+        const auto *label = panel(page)->findChild<QLabel *>(QStringLiteral("themeHeaderLabel"));
+        return label->text();
+    }
+    static QStringList concepts(const StockPageFixture &page)
+    {
+        QStringList names;
+        for (const QLabel *label : panel(page)->findChildren<QLabel *>(QStringLiteral("themeNameLabel")))
+            names.append(label->text());
+        return names;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        SpeechStage::install();
+        qRegisterMetaType<QNetworkReply *>();
+        m_service = std::make_unique<ServiceProcess>();
+        QVERIFY2(m_service->start(), qPrintable(m_service->errorText()));
+        const ServiceProcess::Answer login =
+            m_service->request("POST", "/auth/verify_apikey",
+                               {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()},
+                                {QStringLiteral("device_id"), QStringLiteral("desk")},
+                                {QStringLiteral("device_name"), QStringLiteral("desk")},
+                                {QStringLiteral("device_type"), QStringLiteral("desktop")}},
+                               {{"X-Device-ID", "desk"}});
+        m_session = login.object.value(QStringLiteral("session_token")).toString();
+        QVERIFY(!m_session.isEmpty());
+    }
+
+    void theButtonOpensAndClosesThePanel()
+    {
+        StockPageFixture page;
+        useRealService();
+        show(page, "000661");
+        QVERIFY(panel(page) == nullptr);
+        clickButton(page);
+        QCOMPARE(page.status(), QStringLiteral("正在查询主题信息..."));
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(page.status(), QStringLiteral("查询到 2 个主题信息"));
+        QCOMPARE(panel(page)->parentWidget(), page.page);
+        QCOMPARE(heading(page), QStringLiteral("长春高新 000661"));
+        QCOMPARE(concepts(page), (QStringList{QStringLiteral("生物医药"), QStringLiteral("医疗器械")}));
+        QVERIFY(page.window->isActiveWindow() || !panel(page)->isActiveWindow());
+
+        const QPointer<ThemeStocksDialog> first = panel(page);
+        clickButton(page);
+        QVERIFY(!isOpen(page));
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(panel(page), first.data());
+    }
+
+    void theOpenPanelFollowsTheCode()
+    {
+        StockPageFixture page;
+        useRealService();
+        show(page, "000661");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        page.openInTdx("600519");
+        page.tick();
+        QTRY_COMPARE(heading(page), QStringLiteral("贵州茅台 600519"));
+        QCOMPARE(concepts(page), (QStringList{QStringLiteral("白酒"), QStringLiteral("大消费")}));
+        // A fund belongs to no concept.
+        page.openInTdx("510300");
+        page.tick();
+        QTRY_COMPARE(heading(page), QStringLiteral("510300"));
+        QCOMPARE(concepts(page), QStringList());
+        QCOMPARE(panel(page)->findChild<QLabel *>(QStringLiteral("themeNothingLabel"))->text(),
+                 QStringLiteral("暂无相关信息"));
+        QVERIFY(isOpen(page));
+
+        // A closed one asks for nothing.
+        clickButton(page);
+        QVERIFY(!isOpen(page));
+        m_service->clearStatistics();
+        page.openInTdx("000661");
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("已更新 000661 综合信息"));
+        QCOMPARE(m_service->requestCount(QStringLiteral("GET /stockhelper/theme_stocks")), 0);
+    }
+
+    void anUnknownCodeHasNoConcepts()
+    {
+        StockPageFixture page;
+        useRealService();
+        page.openInTdx("689999");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("689999无数据"));
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(page.status(), QStringLiteral("查询到 0 个主题信息"));
+        QCOMPARE(heading(page), QStringLiteral("689999"));
+        QVERIFY(panel(page)->findChild<QLabel *>(QStringLiteral("themeNothingLabel")) != nullptr);
+    }
+
+    void aServiceThatIsDownIsToldAndLeavesThePanelAsItIs()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        page.service.answerPath(themesPath, RawAnswer::reset());
+        clickButton(page);
+        QTRY_VERIFY(page.status().startsWith(QStringLiteral("查询失败: ")));
+        QVERIFY(panel(page) == nullptr);
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+
+        page.service.answerPath(themesPath, RawAnswer::reset());
+        page.openInTdx("000661");
+        page.tick();
+        QTRY_VERIFY(page.status().startsWith(QStringLiteral("查询失败: ")));
+        QVERIFY(isOpen(page));
+        QCOMPARE(heading(page), QStringLiteral("股600519 600519"));
+        QCOMPARE(concepts(page), QStringList(QStringLiteral("白酒")));
+    }
+
+    void theConceptsOfAStockThatWasLeftAreNotShownUnderTheNext()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, RawAnswer::hold());
+        show(page, "600519");
+        clickButton(page);
+        QTRY_COMPARE(page.service.targets(themesPath).size(), 1);
+        page.openInTdx("000661");
+        page.tick();
+        QTRY_COMPARE(page.status(), QStringLiteral("已更新 000661 综合信息"));
+        // The late answer brings up a question about the stock that is on show now.
+        RawHttpServer &server = page.service.server();
+        QVERIFY(server.release(server.heldRequests().first(),
+                               themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")})));
+        QTRY_COMPARE(page.service.targets(themesPath).size(), 2);
+        QVERIFY(page.service.targets(themesPath).last().endsWith(QStringLiteral("code=000661")));
+        QVERIFY(panel(page) == nullptr);
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        QVERIFY(server.release(server.heldRequests().first(),
+                               themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(heading(page), QStringLiteral("股000661 000661"));
+        QCOMPARE(concepts(page), QStringList(QStringLiteral("生物医药")));
+
+        // Two answers that overtake each other.
+        page.openInTdx("300750");
+        page.tick();
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        page.openInTdx("688981");
+        page.tick();
+        QTRY_COMPARE(server.heldRequests().size(), 2);
+        const QList<int> held = server.heldRequests();
+        QVERIFY(
+            server.release(held.last(), themesAnswer(QStringLiteral("688981"), {QStringLiteral("芯片")})));
+        QTRY_COMPARE(heading(page), QStringLiteral("股688981 688981"));
+        QSignalSpy answered(page.page->findChild<QNetworkAccessManager *>(),
+                            &QNetworkAccessManager::finished);
+        QVERIFY(
+            server.release(held.first(), themesAnswer(QStringLiteral("300750"), {QStringLiteral("锂电池")})));
+        QVERIFY(answered.wait());
+        QCOMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
+        QCOMPARE(page.service.targets(themesPath).size(), 4);
+    }
+
+    void aPanelThatIsClosedBeforeItsAnswerComesStaysClosed()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        page.service.answerPath(themesPath, RawAnswer::hold());
+        page.openInTdx("000661");
+        page.tick();
+        RawHttpServer &server = page.service.server();
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        clickButton(page);
+        QVERIFY(!isOpen(page));
+        QVERIFY(server.release(server.heldRequests().first(),
+                               themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
+        QTRY_COMPARE(concepts(page), QStringList(QStringLiteral("生物医药")));
+        QCOMPARE(page.status(), QStringLiteral("查询到 1 个主题信息"));
+        QVERIFY(!isOpen(page));
+    }
+
+    void theHotKeyOpensAndClosesItFromAnotherWindow()
+    {
+        StockPageFixture page;
+        useRealService();
+        ConfigManager::instance()->setThemeHotkey(QStringLiteral("HomePage"));
+        XTestKeyboard keyboard;
+        const quint8 key = keyboard.keycodeOf(homeKeysym);
+        QVERIFY(key != 0);
+        show(page, "000661");
+        QLineEdit other;
+        other.setText(QStringLiteral("600519"));
+        other.move(900, 700);
+        other.show();
+        other.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        other.setFocus();
+        other.setCursorPosition(3);
+
+        keyboard.tap(key);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(heading(page), QStringLiteral("长春高新 000661"));
+        QVERIFY(QTest::qWaitForWindowExposed(panel(page)));
+        // The other window has kept the focus and has not seen the key.
+        QVERIFY(other.isActiveWindow());
+        QVERIFY(other.hasFocus());
+        QCOMPARE(other.cursorPosition(), 3);
+        keyboard.tap(key);
+        QTRY_VERIFY(!isOpen(page));
+        keyboard.tap(key);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(other.cursorPosition(), 3);
+        QVERIFY(other.isActiveWindow());
+
+        // With the loop off the key is the other window's again.
+        page.switchOn();
+        keyboard.tap(key);
+        QTRY_COMPARE(other.cursorPosition(), 0);
+        QVERIFY(isOpen(page));
+    }
+
+    void theHotKeyBringsItUpBesideAMinimisedMainWindow()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        ConfigManager::instance()->setThemeHotkey(QStringLiteral("HomePage"));
+        XTestKeyboard keyboard;
+        const quint8 key = keyboard.keycodeOf(homeKeysym);
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        QVERIFY(QTest::qWaitForWindowExposed(panel(page)));
+        page.window->showMinimized();
+        QTRY_VERIFY(!panel(page)->windowHandle()->isExposed());
+        QVERIFY(!panel(page)->isOnScreen());
+        keyboard.tap(key);
+        QTRY_VERIFY(panel(page)->windowHandle()->isExposed());
+        QVERIFY(panel(page)->isOnScreen());
+        QVERIFY(page.window->isMinimized());
+        keyboard.tap(key);
+        QTRY_VERIFY(!isOpen(page));
+    }
+
+    void aDraggedPanelStandsThereAtTheNextStart()
+    {
+        QPoint place;
+        {
+            StockPageFixture page;
+            page.service.answerPath(themesPath,
+                                    themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+            show(page, "600519");
+            clickButton(page);
+            QTRY_VERIFY(isOpen(page));
+            QVERIFY(QTest::qWaitForWindowExposed(panel(page)));
+            QWindow *window = panel(page)->windowHandle();
+            QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, QPoint(60, 15));
+            QTest::mouseMove(window, QPoint(200, 95));
+            QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, QPoint(60, 15));
+            QVERIFY(panel(page)->hasCustomPosition());
+            place = ConfigManager::instance()->getThemeCustomPosition();
+            QCOMPARE(panel(page)->pos(), place);
+        }
+        StockPageFixture page;
+        ConfigManager::instance()->setThemeCustomPosition(place); // what the fixture has emptied
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(panel(page)->pos(), place);
+    }
+
+    void theOptionOfTheSettingsCountsWithTheNextList()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setThemePosition(0);
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        const QRect screen = QApplication::primaryScreen()->availableGeometry();
+        QCOMPARE(panel(page)->x(), screen.x() + 50);
+        ConfigManager::instance()->setThemePosition(2);
+        page.openInTdx("000661");
+        page.tick();
+        QTRY_COMPARE(panel(page)->x(), screen.x() + screen.width() - 650);
+    }
+
+    void aPanelThatWasDestroyedIsMadeAnew()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        delete panel(page);
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        QCOMPARE(concepts(page), QStringList(QStringLiteral("白酒")));
+    }
+
+    void itGoesWithThePage()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        const QPointer<ThemeStocksDialog> open = panel(page);
+        page.window.reset();
+        QVERIFY(!open);
+    }
+
+    void thePageMayEndWhileThePanelIsBeingFilled()
+    {
+        StockPageFixture page;
+        page.openPage();
+        QTimer::singleShot(0, page.window.get(), [&page] { page.window.reset(); });
+        ThemeStockInfo theme;
+        theme.sectorName = QStringLiteral("白酒");
+        QVERIFY(QMetaObject::invokeMethod(page.page, "onThemeStocksReceived",
+                                          Q_ARG(QList<ThemeStockInfo>, QList<ThemeStockInfo>{theme})));
+        QVERIFY(page.window == nullptr);
+    }
+};
+
+LARKSPIRE_TEST_MAIN(tst_StockPageConcepts)
+#include "tst_stockpageconcepts.moc"
