@@ -150,20 +150,25 @@ function(larkspire_with_wine result)
   endif()
 endfunction()
 
-# larkspire_windows_test(NAME SOURCES file... [LINK target...] [TIMEOUT seconds])
+# larkspire_windows_test(NAME [SERVICE] SOURCES file... [LINK target...] [TIMEOUT seconds])
 # A Qt Test program for Windows. In the Windows configuration it is built; in the other it is run, under Wine on a
-# virtual X server, or reported as skipped where there is no Windows side. So the call stands in both.
+# virtual X server, or reported as skipped where there is no Windows side. So the call stands in both. With SERVICE a
+# reference service of its own runs beside it.
 function(larkspire_windows_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "SERVICE" "TIMEOUT" "SOURCES;LINK" ${ARGN})
   if(WIN32)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
+    target_compile_options(${name} PRIVATE -O0)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_dependencies(windows_side ${name})
     return()
   endif()
-  larkspire_with_wine(around
-    "${PROJECT_SOURCE_DIR}/tests/support/with-display" "${PROJECT_SOURCE_DIR}/tests/support/with-own-processes")
+  set(around "${PROJECT_SOURCE_DIR}/tests/support/with-display" "${PROJECT_SOURCE_DIR}/tests/support/with-own-processes")
+  if(ARG_SERVICE)
+    list(APPEND around "${PROJECT_SOURCE_DIR}/tests/support/with-service" $<TARGET_FILE:larkspire-service>)
+  endif()
+  larkspire_with_wine(around ${around})
   add_test(NAME ${name} COMMAND ${around} wine "${LARKSPIRE_WINDOWS_BINARY_DIR}/tests/${name}.exe")
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)

@@ -21,7 +21,11 @@ class TestThemeManager : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QApplication::setStyle(QStyleFactory::create(t("Fusion"))); }
+    void initTestCase()
+    {
+        QApplication::setStyle(QStyleFactory::create(t("Fusion")));
+        m_ownPalette = QApplication::palette();
+    }
 
     // The first test: the instance is as it comes.
     void theDarkThemeIsTheFirstAndSettingItAppliesNothing()
@@ -81,7 +85,7 @@ private slots:
         add("ButtonText", QPalette::ButtonText, "#DCDDDE", "#2C2F33");
         add("BrightText", QPalette::BrightText, "#FFFFFF", "#FFFFFF");
         add("Link", QPalette::Link, "#00D4AA", "#00D4AA");
-        // Not set on the light skin: the style's own colours show.
+        // Not set on the light skin: the colours of style and system show.
         add("Highlight", QPalette::Highlight, "#00D4AA", "");
         add("HighlightedText", QPalette::HighlightedText, "#FFFFFF", "");
     }
@@ -99,8 +103,7 @@ private slots:
             QCOMPARE(QApplication::palette().color(group, colour), QColor(dark));
             manager->setTheme(ThemeManager::LightTheme);
             QCOMPARE(QApplication::palette().color(group, colour),
-                     light.isEmpty() ? QApplication::style()->standardPalette().color(group, colour)
-                                     : QColor(light));
+                     light.isEmpty() ? m_ownPalette.color(group, colour) : QColor(light));
         }
     }
 
@@ -158,6 +161,10 @@ private slots:
                    "QPushButton:pressed {    background-color: #00b18e;}"
                    "QPushButton:disabled {    background-color: #cccccc;    color: #666666;}"));
     }
+
+private:
+    /// As it is before anybody sets one.
+    QPalette m_ownPalette;
 };
 
 LARKSPIRE_TEST_MAIN(TestThemeManager)

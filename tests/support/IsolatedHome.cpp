@@ -29,6 +29,10 @@ IsolatedHome::IsolatedHome()
         QDir().mkpath(folder);
         qputenv(place.variable, folder.toUtf8());
     }
+#ifdef Q_OS_WIN
+    // Windows asks no variable where a user's data lie: Qt's own place for tests takes theirs.
+    QStandardPaths::setTestModeEnabled(true);
+#endif
 }
 
 void setProgramIdentity()

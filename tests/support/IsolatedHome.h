@@ -6,7 +6,7 @@
 
 /// A home of its own for one test process: HOME and the XDG directories point into a temporary folder, so a
 /// test never reads or writes the settings of the person who runs it. Construct it ahead of the application
-/// object; the folder goes with it.
+/// object; the folder goes with it. On Windows the standard paths are those that Qt keeps for tests.
 class IsolatedHome
 {
 public:

@@ -73,8 +73,10 @@ public:
     ~ServiceProcess();
     Q_DISABLE_COPY_MOVE(ServiceProcess)
 
-    /// Starts the service and waits until it listens. @return false within 20 seconds otherwise; errorText()
-    /// says why.
+    /// Starts the service and waits until it listens. Where LARKSPIRE_TEST_SERVICE_PORT names the port of one
+    /// (tests/support/with-service), that one is used and none is started; of the settings only the clock
+    /// counts.
+    /// @return false within 20 seconds otherwise; errorText() says why.
     bool start();
 
     /// Asks the service to end (SIGTERM) and waits. @return whether it ended by itself with code 0.
