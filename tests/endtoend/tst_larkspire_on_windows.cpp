@@ -102,12 +102,14 @@ QStringList wrongRegions(const WindowPicture &picture, bool dark)
 
 } // namespace
 
-/// larkspire.exe as a process of Windows, with the real service and a trading program for Windows.
+/// The program out of the archive that users get, as a process of Windows, with the real service and a
+/// trading program for Windows.
 class TestLarkspireOnWindows : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
     void cleanup();
 
@@ -122,10 +124,28 @@ private:
     void savePicture(const QString &name) const;
     bool askedFor(const QString &target) const;
 
+    QTemporaryDir m_folder;
+    QString m_programFile;
     std::unique_ptr<ServiceProcess> m_service;
     std::unique_ptr<QProcess> m_program;
     quint32 m_window = 0;
 };
+
+void TestLarkspireOnWindows::initTestCase()
+{
+    // Where users put it.
+    const QString place = m_folder.filePath(QStringLiteral("云雀 资讯"));
+    QVERIFY(QDir().mkpath(place));
+    QProcess unpacking;
+    unpacking.setWorkingDirectory(place);
+    unpacking.start(QStringLiteral(CMAKE_PROGRAM), {QStringLiteral("-E"), QStringLiteral("tar"),
+                                                    QStringLiteral("xf"), QStringLiteral(WINDOWS_ZIP)});
+    QVERIFY(unpacking.waitForFinished());
+    QCOMPARE(unpacking.exitCode(), 0);
+    m_programFile = place + QStringLiteral("/" FOLDER_IN_ZIP "/larkspire.exe");
+    QVERIFY(QFileInfo::exists(m_programFile));
+    QVERIFY(!qEnvironmentVariableIsSet("WINEPATH"));
+}
 
 void TestLarkspireOnWindows::init()
 {
@@ -171,7 +191,7 @@ void TestLarkspireOnWindows::start()
 {
     m_program = std::make_unique<QProcess>();
     m_program->setProcessChannelMode(QProcess::ForwardedChannels);
-    m_program->start(QStringLiteral("wine"), {QStringLiteral(LARKSPIRE_PROGRAM)});
+    m_program->start(QStringLiteral("wine"), {m_programFile});
     QVERIFY(m_program->waitForStarted());
     // Somewhere out of the way; a pointer over the window would colour what lies under it.
     xdotool({QStringLiteral("mousemove"), QStringLiteral("1500"), QStringLiteral("1000")});
@@ -287,7 +307,7 @@ void TestLarkspireOnWindows::closedToTheTrayASecondStartBringsItBackAndItsEndSto
     QCOMPARE(m_program->state(), QProcess::Running);
 
     QProcess second;
-    second.start(QStringLiteral("wine"), {QStringLiteral(LARKSPIRE_PROGRAM)});
+    second.start(QStringLiteral("wine"), {m_programFile});
     QVERIFY(second.waitForFinished());
     QCOMPARE(second.exitStatus(), QProcess::NormalExit);
     QCOMPARE(second.exitCode(), 0);
