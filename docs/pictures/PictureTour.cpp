@@ -1,20 +1,25 @@
 #include "PictureTour.h"
 
 #include "accounts/EnhancedLoginDialog.h"
+#include "stockviews/StockAnalysisWidget.h"
 #include "support/DialogVisit.h"
 #include "support/WindowInput.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QCursor>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScreen>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
+#include <QTimer>
 #include <QtTest>
 
 #include <cstdio>
@@ -32,6 +37,15 @@ Kind *part(const QWidget &window, const char *name)
 bool until(const std::function<bool()> &condition)
 {
     return QTest::qWaitFor(condition, patienceMs);
+}
+
+/// Whether a window has the focus; asks for it when not. A window manager may have lost it between two
+/// dialogs that went at once.
+bool hasTheFocus(QWidget *window)
+{
+    if (window->isVisible() && !window->isActiveWindow())
+        window->activateWindow();
+    return window->isVisible() && window->isActiveWindow();
 }
 
 /// Types into the fields of these names.
@@ -62,18 +76,28 @@ bool PictureTour::walk()
     // Nothing is to look pointed at.
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     QApplication::setCursorFlashTime(0);
-    return waysIn() && login() && accountDialogs() && keywordManager() && pages();
+    return waysIn() && login() && accountDialogs() && keywordManager() && pages() && settingsDialog() &&
+           marketPage() && stockPage();
+}
+
+bool PictureTour::waitFor(const std::function<bool()> &condition, const QString &what)
+{
+    return until(condition) || failed(what);
 }
 
 bool PictureTour::shoot(QWidget *window, const QString &name)
 {
-    // A window manager may have lost the focus between two dialogs that went at once.
-    if (window && !window->isActiveWindow())
-        window->activateWindow();
-    if (!window || !until([window] { return window->isVisible() && window->isActiveWindow(); }))
+    if (!window || !until([window] { return hasTheFocus(window); }))
         return failed(name + QStringLiteral(" is not in front"));
+    return shootPanel(window, name);
+}
+
+bool PictureTour::shootPanel(QWidget *panel, const QString &name)
+{
+    if (!until([panel] { return panel->isVisible(); }))
+        return failed(name + QStringLiteral(" is not in sight"));
     QCoreApplication::processEvents();
-    if (!window->grab().save(m_folder.filePath(name + m_ending)))
+    if (!panel->grab().save(m_folder.filePath(name + m_ending)))
         return failed(name + QStringLiteral(" cannot be stored"));
     return true;
 }
@@ -83,14 +107,15 @@ bool PictureTour::visit(const QString &title, const std::function<void()> &open,
 {
     bool good = false;
     const DialogVisit running(title, [&](QDialog &dialog) {
-        good = visit(dialog) && until([&dialog] { return !dialog.isVisible() || dialog.isActiveWindow(); });
+        good = visit(dialog) && waitFor([&dialog] { return !dialog.isVisible() || hasTheFocus(&dialog); },
+                                        title + QStringLiteral(" has lost the focus"));
         if (dialog.isVisible())
             WindowInput::press(&dialog, Qt::Key_Escape);
     });
     open();
     if (!until([&running] { return running.begun() && !QApplication::activePopupWidget(); }))
         return failed(title + QStringLiteral(" has not come"));
-    return good;
+    return good || failed(QStringLiteral("at ") + title);
 }
 
 bool PictureTour::chooseTab(QTabWidget *tabs, const QString &text)
@@ -230,15 +255,131 @@ bool PictureTour::pages()
             return failed(QString::fromUtf8(page.tab) + QStringLiteral(" is not there: ") + status->text());
         tabs->setCurrentIndex(0);
     }
-    const auto *rising = part<QLabel>(m_window, "riseCountValue");
-    if (!chooseTab(tabs, QStringLiteral("行情统计")) ||
-        !until([rising] { return rising->text() != QStringLiteral("--"); }) ||
-        !shoot(&m_window, QStringLiteral("market-page")))
-        return failed(QStringLiteral("the figures of the market did not come"));
-    tabs->setCurrentIndex(0);
     auto *search = part<QLineEdit>(m_window, "searchLineEdit");
     WindowInput::fill(search, QStringLiteral("机器人"));
     WindowInput::press(search, Qt::Key_Return);
-    return until([status] { return status->text().startsWith(QStringLiteral("搜索完成")); }) &&
+    return waitFor([status] { return status->text().startsWith(QStringLiteral("搜索完成")); },
+                   QStringLiteral("the search has not ended")) &&
            shoot(&m_window, QStringLiteral("search-page"));
+}
+
+bool PictureTour::settingsDialog()
+{
+    return visit(
+        QStringLiteral("系统配置"), [this] { part<QAction>(m_window, "actionConfig")->trigger(); },
+        [this](QDialog &dialog) {
+            auto *tabs = part<QTabWidget>(dialog, "tabWidget");
+            const char *const names[] = {"features", "stock", "market", "concept", "server", "device"};
+            int index = 0;
+            for (const char *name : names) {
+                tabs->setCurrentIndex(index++);
+                if (!shoot(&dialog, QStringLiteral("settings-") + QLatin1String(name)))
+                    return false;
+            }
+            tabs->setCurrentIndex(1);
+            return visit(
+                QStringLiteral("股票代码颜色预览"),
+                [&dialog] { WindowInput::click(part<QPushButton>(dialog, "previewColorsButton")); },
+                [this](QDialog &preview) { return shoot(&preview, QStringLiteral("settings-colors")); });
+        });
+}
+
+bool PictureTour::marketPage()
+{
+    auto *tabs = part<QTabWidget>(m_window, "mainTabWidget");
+    const auto *rising = part<QLabel>(m_window, "riseCountValue");
+    const bool good = chooseTab(tabs, QStringLiteral("行情统计")) &&
+                      waitFor([rising] { return rising->text() != QStringLiteral("--"); },
+                              QStringLiteral("the figures of the market have not come")) &&
+                      shoot(&m_window, QStringLiteral("market-page"));
+    tabs->setCurrentIndex(0);
+    return good;
+}
+
+bool PictureTour::linkageSetUp()
+{
+    return visit(
+        QStringLiteral("股票软件联动设置"),
+        [this] { WindowInput::click(part<QPushButton>(m_window, "settingsButton")); },
+        [this](QDialog &dialog) {
+            const auto *versions = part<QComboBox>(dialog, "tdxComboBox");
+            if (!waitFor([versions] { return versions->count() > 1; },
+                         QStringLiteral("the versions have not come")))
+                return false;
+            // The trial and the storing report in message boxes.
+            QTimer boxes;
+            QObject::connect(&boxes, &QTimer::timeout, &dialog, [] {
+                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                if (box && !box->buttons().isEmpty())
+                    box->buttons().first()->click();
+            });
+            boxes.start(50);
+            part<QPushButton>(dialog, "tdxTestButton")->click();
+            if (!shoot(&dialog, QStringLiteral("linkage-set-up")))
+                return false;
+            part<QPushButton>(dialog, "saveButton")->click();
+            return true;
+        });
+}
+
+bool PictureTour::stockPage()
+{
+    auto *tabs = part<QTabWidget>(m_window, "mainTabWidget");
+    if (!chooseTab(tabs, QStringLiteral("股票分析")) || !linkageSetUp())
+        return false;
+    auto *page = m_window.findChild<StockAnalysisWidget *>();
+    part<QCheckBox>(*page, "autoRefreshCheckBox")->click();
+    const auto *status = part<QLabel>(*page, "statusLabel");
+    const auto *marketCap = part<QLabel>(*page, "marketCapValueLabel");
+    return waitFor([marketCap] { return marketCap->text() != QStringLiteral("--"); },
+                   QStringLiteral("the stock page shows no stock: ") + status->text()) &&
+           shoot(&m_window, QStringLiteral("stock-page")) && stockPanels();
+}
+
+bool PictureTour::stockPanels()
+{
+    auto *page = m_window.findChild<StockAnalysisWidget *>();
+    const auto *label = part<QLabel>(*page, "recentLimitUpValueLabel");
+    auto *popup = part<QWidget>(*page, "limitUpPopup");
+    QCursor::setPos(label->mapToGlobal(label->rect().center()));
+    const bool shown = shootPanel(popup, QStringLiteral("limit-up-detail"));
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
+    if (!shown || !visit(
+                      QStringLiteral("添加到黑名单"),
+                      [page] { WindowInput::click(part<QPushButton>(*page, "blacklistButton")); },
+                      [this](QDialog &dialog) { return shoot(&dialog, QStringLiteral("add-to-blacklist")); }))
+        return false;
+
+    const struct
+    {
+        const char *button;
+        const char *title;
+        const char *name;
+    } panels[] = {{"searchStockButton", "异动解析", "move-analysis"},
+                  {"themeButton", "概念题材", "concepts"}};
+    for (const auto &entry : panels) {
+        auto *button = part<QPushButton>(*page, entry.button);
+        WindowInput::click(button);
+        QDialog *panel = nullptr;
+        if (!waitFor(
+                [&panel, &entry] {
+                    panel = openDialog(QString::fromUtf8(entry.title));
+                    return panel != nullptr;
+                },
+                QString::fromLatin1(entry.name) + QStringLiteral(" has not come")) ||
+            !shootPanel(panel, QString::fromLatin1(entry.name)))
+            return false;
+        panel->close();
+    }
+
+    // As small as it gets.
+    const QSize before = m_window.size();
+    WindowInput::click(part<QPushButton>(*page, "compactModeButton"));
+    m_window.resize(1, 1);
+    const bool compact = waitFor([this, before] { return m_window.width() < before.width(); },
+                                 QStringLiteral("the window has not become small")) &&
+                         shoot(&m_window, QStringLiteral("stock-compact"));
+    WindowInput::click(part<QPushButton>(*page, "compactModeButton"));
+    m_window.resize(before);
+    return compact;
 }

@@ -32,8 +32,18 @@ private:
     bool accountDialogs();
     bool keywordManager();
     bool pages();
+    bool settingsDialog();
+    bool marketPage();
+    bool stockPage();
+    bool linkageSetUp();
+    bool stockPanels();
 
+    /// A window that has the focus, or takes it now.
     bool shoot(QWidget *window, const QString &name);
+    /// A window that is shown without the focus.
+    bool shootPanel(QWidget *panel, const QString &name);
+    /// Waits; says what has not come when it does not.
+    bool waitFor(const std::function<bool()> &condition, const QString &what);
     /// Opens a dialog that runs an event loop of its own, shows it to \p visit and closes it.
     bool visit(const QString &title, const std::function<void()> &open,
                const std::function<bool(QDialog &)> &visit);
