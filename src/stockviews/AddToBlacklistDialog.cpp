@@ -1,11 +1,11 @@
 #include "stockviews/AddToBlacklistDialog.h"
 
+#include "settings/InputField.h"
 #include "stockviews/BlacklistRules.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -13,6 +13,7 @@
 namespace {
 
 constexpr int MinimumWidth = 450;
+constexpr int GroupSpacing = 8; // pixels, between what does not belong together
 
 QLabel *makeLabel(const QString &objectName, const QString &text, const QString &style = {})
 {
@@ -29,7 +30,7 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
                                            QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint)
     , m_quickReasonComboBox(new QComboBox)
-    , m_reasonLineEdit(new QLineEdit)
+    , m_reasonLineEdit(new InputField)
     , m_counterLabel(makeLabel(QStringLiteral("counterLabel"), QString()))
 {
     setWindowTitle(QStringLiteral("添加到黑名单"));
@@ -66,13 +67,17 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
     layout->addWidget(makeLabel(QStringLiteral("stockLabel"),
                                 BlacklistRules::dialogHeading(stockName, stockCode),
                                 QStringLiteral("QLabel { font-size: 18px; font-weight: bold; }")));
+    layout->addSpacing(GroupSpacing);
     layout->addWidget(quickCaption);
     layout->addWidget(m_quickReasonComboBox);
+    layout->addSpacing(GroupSpacing);
     layout->addWidget(reasonCaption);
     layout->addWidget(m_reasonLineEdit);
     layout->addWidget(m_counterLabel);
     layout->addWidget(makeLabel(QStringLiteral("hintLabel"),
                                 QStringLiteral("💡 提示：可从上方快速选择，也可以自由编辑或完全自定义原因")));
+    layout->addSpacing(GroupSpacing);
+    layout->addStretch();
     layout->addWidget(buttons);
 
     connect(m_quickReasonComboBox, QOverload<int>::of(&QComboBox::activated), this,

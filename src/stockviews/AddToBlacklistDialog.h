@@ -3,9 +3,9 @@
 #include <QDialog>
 #include <QString>
 
+class InputField;
 class QComboBox;
 class QLabel;
-class QLineEdit;
 
 /// Asks why a stock is to go on the user's blacklist. A quick reason fills the field and may be edited. The
 /// dialog is accepted only with a reason of 3 to 20 characters; anything else is told in a box and the dialog
@@ -29,6 +29,6 @@ private:
     void showCount(const QString &typed);
 
     QComboBox *m_quickReasonComboBox;
-    QLineEdit *m_reasonLineEdit;
+    InputField *m_reasonLineEdit;
     QLabel *m_counterLabel;
 };

@@ -8,6 +8,7 @@
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockBlacklist.h"
 
+#include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -123,6 +124,10 @@ void StockAnalysisWidget::askForRemoval(const QString &question)
                                QMessageBox::Yes | QMessageBox::No, this);
     box->button(QMessageBox::Yes)->setText(QStringLiteral("是"));
     box->button(QMessageBox::No)->setText(QStringLiteral("否"));
+    // A style's own green and red pictures would speak of rise and fall.
+    const QList<QAbstractButton *> answers = box->buttons();
+    for (QAbstractButton *answer : answers)
+        answer->setIcon(QIcon());
     box->setDefaultButton(QMessageBox::No);
     connect(box, &QMessageBox::finished, m_blacklist, [this](int answer) {
         if (answer == QMessageBox::Yes)

@@ -1,3 +1,4 @@
+#include "settings/MainWindowSkin.h"
 #include "stockviews/AddToBlacklistDialog.h"
 #include "support/BoxAnswer.h"
 #include "support/IsolatedHome.h"
@@ -32,6 +33,8 @@ private slots:
 
     void dialogSaysWhatItIsAbout();
     void dialogWithoutANameShowsTheCodeAlone();
+    void placeholderCanBeToldFromTypedText_data();
+    void placeholderCanBeToldFromTypedText();
     void typingStartsInTheReason();
     void quickReasonFillsTheFieldAndMayBeEdited();
     void firstItemFillsNothing();
@@ -128,6 +131,25 @@ void TestAddToBlacklistDialog::dialogWithoutANameShowsTheCodeAlone()
 {
     openDialog(QString());
     QCOMPARE(part<QLabel>("stockLabel")->text(), text("股票：600001"));
+}
+
+void TestAddToBlacklistDialog::placeholderCanBeToldFromTypedText_data()
+{
+    QTest::addColumn<QString>("styleSheet");
+    QTest::newRow("light skin") << QString();
+    QTest::newRow("dark skin") << MainWindowSkin::darkStyleSheet();
+}
+
+void TestAddToBlacklistDialog::placeholderCanBeToldFromTypedText()
+{
+    QFETCH(QString, styleSheet);
+    QWidget window;
+    window.setStyleSheet(styleSheet);
+    AddToBlacklistDialog dialog(text("云雀股份"), text("600001"), &window);
+    dialog.open();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QPalette colors = dialog.findChild<QLineEdit *>(text("reasonLineEdit"))->palette();
+    QVERIFY(colors.color(QPalette::PlaceholderText) != colors.color(QPalette::Text));
 }
 
 void TestAddToBlacklistDialog::typingStartsInTheReason()

@@ -9,6 +9,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTextDocument>
 #include <QToolTip>
 #include <QtTest>
 
@@ -44,6 +45,8 @@ private slots:
     void lineThatIsTooLongEvenSoStandsInAToolTip();
     void ownToolTipIsShownFirst();
     void aLongTextTakesNoRoomOfItsNeighbours();
+    void plateLiesBehindTheLinkAlone_data();
+    void plateLiesBehindTheLinkAlone();
 
 private:
     /// The columns from the first to the last that something is written in.
@@ -201,6 +204,43 @@ void TestNameLabel::aLongTextTakesNoRoomOfItsNeighbours()
     row->activate();
     QCOMPARE(neighbour->geometry(), place);
     QCOMPARE(m_window->width(), 500);
+}
+
+void TestNameLabel::plateLiesBehindTheLinkAlone_data()
+{
+    QTest::addColumn<int>("percent"); // of the width that the line needs
+
+    QTest::newRow("in full size") << 120;
+    QTest::newRow("smaller") << 75;
+}
+
+void TestNameLabel::plateLiesBehindTheLinkAlone()
+{
+    QFETCH(int, percent);
+    const QString link =
+        QStringLiteral("<a href=\"search\" style=\"color: yellow; font-size: 14pt;\">贵州茅台</a>");
+    m_label->setText(link + QStringLiteral(" 600519 600519"));
+    QVERIFY(m_label->plateColor().isValid());
+    QTextDocument line;
+    line.setDocumentMargin(0);
+    line.setDefaultFont(m_label->font());
+    line.setHtml(m_label->text());
+    const int needed = int(line.idealWidth());
+    line.setHtml(link);
+    const int name = int(line.idealWidth());
+    m_label->resize(needed * percent / 100, lineHeight);
+    // The round corners leave the first columns free.
+    const QImage image = m_label->grab().toImage();
+    int last = 0;
+    for (int x = 0; x < image.width(); ++x) {
+        if (image.pixelColor(x, 1) == m_label->plateColor())
+            last = x;
+    }
+    const int expected = qMin(name, name * percent / 100) + 4;
+    QVERIFY2(qAbs(last - expected) <= 8, qPrintable(QStringLiteral("%1, %2").arg(last).arg(expected)));
+    // Without the link no plate.
+    m_label->setText(QStringLiteral("600519"));
+    QVERIFY(!m_label->plateColor().isValid());
 }
 
 LARKSPIRE_TEST_MAIN(TestNameLabel)
