@@ -8,6 +8,9 @@
 
 namespace {
 
+constexpr int plateRoom = 6; // beside the words
+constexpr int plateRadius = 4;
+
 /// Breaks the text into lines for this width. \return the height of all lines, in pixels
 qreal breakLines(QTextLayout &layout, int width, Qt::Alignment alignment)
 {
@@ -43,6 +46,13 @@ ParagraphLabel::ParagraphLabel(const QString &text, QWidget *parent) : QLabel(te
     setSizePolicy(policy);
 }
 
+void ParagraphLabel::setPlate(const QColor &color)
+{
+    m_plate = color;
+    const int room = m_plate.isValid() ? plateRoom : 0;
+    setContentsMargins(room, 0, room, 0);
+}
+
 int ParagraphLabel::heightForWidth(int width) const
 {
     ensurePolished();
@@ -71,6 +81,15 @@ void ParagraphLabel::paintEvent(QPaintEvent *)
     const QRect place = contentsRect();
     QTextLayout layout(withLineSeparators(text()), font());
     breakLines(layout, place.width(), alignment() & Qt::AlignHorizontal_Mask);
+    if (m_plate.isValid()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(m_plate);
+        for (int i = 0; i < layout.lineCount(); ++i) {
+            const QRectF words = layout.lineAt(i).naturalTextRect().translated(place.topLeft());
+            painter.drawRoundedRect(words.adjusted(-plateRoom, 0, plateRoom, 0), plateRadius, plateRadius);
+        }
+    }
     painter.setPen(palette().color(foregroundRole()));
     layout.draw(&painter, place.topLeft());
 }

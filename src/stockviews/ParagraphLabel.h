@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QLabel>
 
 /// A paragraph of plain text that takes the height which it needs at the width that it is given. Lines break
@@ -13,10 +14,17 @@ public:
     explicit ParagraphLabel(const QString &text, QWidget *parent = nullptr);
     Q_DISABLE_COPY_MOVE(ParagraphLabel)
 
+    /// Lays a plate of this colour behind the words; an invalid colour takes it away.
+    void setPlate(const QColor &color);
+    QColor plate() const { return m_plate; }
+
     int heightForWidth(int width) const override;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    QColor m_plate;
 };

@@ -51,6 +51,6 @@ void StockAnalysisWidget::onThemeStocksReceived(const QList<ThemeStockInfo> &the
     const QPointer<ThemeStocksDialog> dialog = m_themeDialog;
     dialog->setThemes(themes);
     // Closed while its answer was under way it stays closed.
-    if (dialog && (dialog->isVisible() || !m_themesFollowStock))
+    if (dialog && !m_themesFollowStock)
         dialog->bringOnScreen();
 }

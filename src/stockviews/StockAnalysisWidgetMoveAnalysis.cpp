@@ -7,7 +7,7 @@
 
 void StockAnalysisWidget::onSearchStockButtonClicked()
 {
-    if (m_dynamicAnalysisDialog && m_dynamicAnalysisDialog->isVisible()) {
+    if (m_dynamicAnalysisDialog && m_dynamicAnalysisDialog->isOnScreen()) {
         m_dynamicAnalysisDialog->close();
         return;
     }
@@ -46,9 +46,9 @@ void StockAnalysisWidget::onDynamicAnalysisReceived(const QList<DynamicAnalysisR
         m_dynamicAnalysisDialog->setAnalysis(item.stockCode, item.stockName, item.tradeDate, item.title,
                                              item.publishTime, item.content, item.sourceUrl);
     }
-    if (wasVisible)
+    if (wasVisible && (m_analysisFollowsStock || m_dynamicAnalysisDialog->isOnScreen()))
         return;
-    m_dynamicAnalysisDialog->show();
+    m_dynamicAnalysisDialog->bringOnScreen();
     if (!items.isEmpty())
         showStatus(QStringLiteral("已更新异动解析"));
 }

@@ -7,6 +7,7 @@
 #include "stockviews/ParagraphLabel.h"
 #include "stockviews/StockRenderSettings.h"
 #include "stockviews/StockRendering.h"
+#include "stockviews/TextPlate.h"
 
 #include <QCoreApplication>
 #include <QFrame>
@@ -27,7 +28,7 @@ constexpr int roundsToSettle = 3;
 constexpr int secondMeasureMs = 100;
 constexpr int scrollBarWidth = 10;
 
-QLabel *makeParagraph(const QString &objectName, const QString &text, const QString &style)
+ParagraphLabel *makeParagraph(const QString &objectName, const QString &text, const QString &style)
 {
     auto *label = new ParagraphLabel(text);
     label->setObjectName(objectName);
@@ -126,9 +127,12 @@ QWidget *ThemeStocksDialog::makeHeader(const QList<ThemeStockInfo> &themes) cons
     layout->setContentsMargins(12, 10, 12, 10);
     layout->setSpacing(8);
     const QString color = StockRendering::getMarketColor(m_stockCode, StockRenderSettings::stored(0));
-    layout->addWidget(makeParagraph(QStringLiteral("themeHeaderLabel"),
-                                    ThemePanelLook::heading(m_stockName, m_stockCode),
-                                    m_look.headingStyle(color)));
+    ParagraphLabel *heading =
+        makeParagraph(QStringLiteral("themeHeaderLabel"), ThemePanelLook::heading(m_stockName, m_stockCode),
+                      m_look.headingStyle(color));
+    // The colours of the boards are chosen for the page; some are hard to tell from a card.
+    heading->setPlate(TextPlate::plateFor(QColor(color), QColor(m_look.cardBgColor)));
+    layout->addWidget(heading);
     if (themes.isEmpty()) {
         QLabel *nothing = makeParagraph(QStringLiteral("themeNothingLabel"), ThemePanelLook::nothingText(),
                                         m_look.nothingStyle());

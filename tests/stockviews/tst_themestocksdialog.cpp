@@ -1,5 +1,5 @@
 #include "settings/ConfigManager.h"
-#include "stockviews/ChipRows.h"
+#include "stockviews/ParagraphLabel.h"
 #include "stockviews/ThemeStocksDialog.h"
 #include "support/IsolatedHome.h"
 
@@ -211,6 +211,27 @@ private slots:
         const QLabel *heading = labels("themeHeaderLabel").first();
         heading->ensurePolished();
         QTEST(heading->palette().color(heading->foregroundRole()).name(), "color");
+    }
+
+    void aHeadingThatIsHardToReadOnItsCardStandsOnAPlate()
+    {
+        open(manyThemes(1));
+        const auto *heading = m_panel->findChild<ParagraphLabel *>(QStringLiteral("themeHeaderLabel"));
+        QVERIFY(!heading->plate().isValid());
+        m_panel->setStockInfo(QStringLiteral("688981"), QStringLiteral("中芯国际"));
+        m_panel->setThemes(manyThemes(1));
+        heading = m_panel->findChild<ParagraphLabel *>(QStringLiteral("themeHeaderLabel"));
+        QVERIFY(heading->plate().isValid());
+        const QColor plate = heading->plate();
+        const QPoint inside = heading->mapTo(m_panel.get(), QPoint(3, heading->height() / 2));
+        const QPoint beyond = heading->mapTo(m_panel.get(), QPoint(400, heading->height() / 2));
+        QCOMPARE(m_panel->grab().toImage().pixelColor(inside), plate);
+        QCOMPARE(m_panel->grab().toImage().pixelColor(beyond), QColor(QStringLiteral("#353535")));
+        // On a light card the colour is told well enough by itself.
+        settings()->setThemeCardBgColor(QStringLiteral("#f4f4f4"));
+        m_panel->setThemes(manyThemes(1));
+        heading = m_panel->findChild<ParagraphLabel *>(QStringLiteral("themeHeaderLabel"));
+        QVERIFY(!heading->plate().isValid());
     }
 
     void aCodeWithoutANameOfItsOwnStandsAlone()
