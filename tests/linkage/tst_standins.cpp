@@ -162,6 +162,33 @@ private slots:
         QCOMPARE(tick(utils, side), QStringLiteral("000858"));
     }
 
+    void aCopyThatEndedIsToldFromItsSuccessor_data() { addSides(); }
+
+    void aCopyThatEndedIsToldFromItsSuccessor()
+    {
+        QFETCH(Side, side);
+        QFETCH(QStringList, arguments);
+        ProcessUtils utils(m_operations);
+        ProcessInstance first;
+        {
+            StandIn program(side.program, arguments, launcher);
+            QVERIFY(program.isUp(m_operations));
+            QCOMPARE((utils.*side.list)().size(), 1);
+            first = (utils.*side.list)().first();
+            QVERIFY(utils.isRunning(first));
+            program.kill();
+            QVERIFY(!utils.isRunning(first));
+        }
+        StandIn program(side.program, arguments, launcher);
+        QVERIFY(program.isUp(m_operations));
+        QCOMPARE((utils.*side.list)().size(), 1);
+        const ProcessInstance second = (utils.*side.list)().first();
+        QVERIFY(second.pid != first.pid);
+        QCOMPARE(second.exePath, first.exePath); // by which the page knows that it is the same program
+        QVERIFY(utils.isRunning(second));
+        QVERIFY(!utils.isRunning(first));
+    }
+
     void twoInstancesAreToldApart_data() { addSides(); }
 
     void twoInstancesAreToldApart()
