@@ -5,11 +5,13 @@
 #include "stockviews/DynamicAnalysisEntryDialog.h"
 #include "stockviews/DynamicAnalysisText.h"
 #include "stockviews/PanelPlacement.h"
+#include "stockviews/ThemePanelLook.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QTimer>
@@ -17,12 +19,14 @@
 #include <QVBoxLayout>
 #include <QtMath>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int RoomOnScreen = 40; // left free of the screen's height
 constexpr int RoomBelowText = 8;
+constexpr int TextMargin = 10; // the text begins below the title
 
 QWidget *makeManualBar(QPushButton *button)
 {
@@ -57,6 +61,9 @@ DynamicAnalysisDialog::DynamicAnalysisDialog(QWidget *parent, std::function<QDat
     m_browser->setOpenLinks(false);
     m_browser->setOpenExternalLinks(false);
     m_browser->setFrameShape(QFrame::NoFrame);
+    m_browser->document()->setDocumentMargin(TextMargin);
+    m_browser->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_browser->verticalScrollBar()->setStyleSheet(ThemePanelLook::scrollBarStyle());
     auto *manualButton = new QPushButton(QStringLiteral("录入异动信息"));
     manualButton->setObjectName(QStringLiteral("manualInputButton"));
     manualButton->setAutoDefault(false);
@@ -101,6 +108,13 @@ void DynamicAnalysisDialog::setAnalysis(const QString &stockCode, const QString 
     reloadSettings();
 }
 
+bool DynamicAnalysisDialog::isWaitingForUser() const
+{
+    const QList<QDialog *> dialogs = findChildren<QDialog *>(QString(), Qt::FindDirectChildrenOnly);
+    return std::any_of(dialogs.cbegin(), dialogs.cend(),
+                       [](const QDialog *dialog) { return dialog->isVisible(); });
+}
+
 void DynamicAnalysisDialog::reloadSettings()
 {
     const DynamicAnalysisText::Look look = DynamicAnalysisText::Look::stored();
@@ -123,10 +137,13 @@ void DynamicAnalysisDialog::adjustHeight()
     const int barHeight = m_manualBar->isHidden() ? 0 : m_manualBar->sizeHint().height();
     const int wanted = qCeil(text->size().height()) + RoomBelowText + frameHeight() + barHeight;
     const int most = availableArea().height() - RoomOnScreen;
-    m_browser->setVerticalScrollBarPolicy(wanted > most ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+    const bool scrolls = wanted > most;
+    m_browser->setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     const int settled = qMin(wanted, most);
     if (settled > 0 && settled != height())
         resize(width(), settled);
+    if (scrolls && isVisible())
+        text->setTextWidth(m_browser->viewport()->width());
     updatePosition();
 }
 

@@ -32,6 +32,8 @@ public:
                      const QString &sourceUrl);
     /// What is on show.
     const DynamicAnalysisRecord &analysis() const { return m_record; }
+    /// Whether the user is at a dialog of the panel, which then has to stay.
+    bool isWaitingForUser() const;
     /// Shows it anew, with the settings of now.
     void reloadSettings();
 

@@ -223,9 +223,9 @@ Look Look::stored()
     const ConfigManager *const config = ConfigManager::instance();
     Look look;
     look.nameColor = config->getThemeNameColor();
-    look.nameFontSize = config->getThemeNameFontSize();
+    look.nameFontSize = qMax(1, config->getThemeNameFontSize());
     look.descColor = config->getThemeDescColor();
-    look.descFontSize = config->getThemeDescFontSize();
+    look.descFontSize = qMax(1, config->getThemeDescFontSize());
     look.manualEdit = config->getDynamicManualEdit();
     look.stock = StockRenderSettings::stored(0);
     return look;

@@ -148,7 +148,28 @@ void FloatingPanel::showEvent(QShowEvent *event)
 {
     // The screens may have changed since it was hidden.
     updatePosition();
+    m_ownerIsNew = false;
+    if (parentWidget())
+        parentWidget()->window()->installEventFilter(this);
     QDialog::showEvent(event);
+}
+
+bool FloatingPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    // A main window whose flags change becomes another one for the window system, and covers what belonged to
+    // the one before.
+    if (event->type() == QEvent::WinIdChange)
+        m_ownerIsNew = true;
+    if (event->type() == QEvent::Show && m_ownerIsNew) {
+        const auto showAgain = [this] {
+            if (!isVisible())
+                return;
+            hide();
+            show();
+        };
+        QMetaObject::invokeMethod(this, showAgain, Qt::QueuedConnection);
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void FloatingPanel::hideEvent(QHideEvent *event)

@@ -61,6 +61,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
@@ -73,4 +74,5 @@ private:
     QPoint m_dragPosition; ///< of the press, from the window's corner
     bool m_hasCustomPosition = false;
     QPoint m_customPosition;
+    bool m_ownerIsNew = false; ///< the main window is another one for the window system than at the last show
 };

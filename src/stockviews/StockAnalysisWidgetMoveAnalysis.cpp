@@ -8,7 +8,9 @@
 void StockAnalysisWidget::onSearchStockButtonClicked()
 {
     if (m_dynamicAnalysisDialog && m_dynamicAnalysisDialog->isOnScreen()) {
-        m_dynamicAnalysisDialog->close();
+        // Its hot key may be Tab, which is pressed to get on in the entry, too.
+        if (!m_dynamicAnalysisDialog->isWaitingForUser())
+            m_dynamicAnalysisDialog->close();
         return;
     }
     if (m_currentStockCode.isEmpty()) {

@@ -266,6 +266,10 @@ void tst_DynamicAnalysisDialog::aLongTextStopsShortOfTheScreen()
     QTRY_COMPARE(m_panel->height(), screen().height() - 40);
     QVERIFY(browser()->verticalScrollBar()->isVisible());
     QVERIFY(browser()->verticalScrollBar()->maximum() > 0);
+    // Nothing stands behind the bar.
+    QTRY_COMPARE(qRound(browser()->document()->textWidth()), browser()->viewport()->width());
+    QCOMPARE(browser()->viewport()->width(), 598 - browser()->verticalScrollBar()->width());
+    QCOMPARE(browser()->horizontalScrollBar()->maximum(), 0);
     QTRY_VERIFY(screen().contains(m_panel->geometry()));
     // From the top, and the same with the next one.
     QCOMPARE(browser()->verticalScrollBar()->value(), 0);

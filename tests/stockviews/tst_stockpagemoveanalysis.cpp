@@ -4,6 +4,7 @@
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/DynamicAnalysisDialog.h"
 #include "stockviews/StockPageFixture.h"
+#include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
@@ -12,9 +13,13 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTextBrowser>
+#include <QWindow>
 #include <QtTest>
 
 #include <X11/keysym.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
 
 namespace {
 
@@ -39,6 +44,21 @@ RawAnswer answer(const QJsonArray &items)
 RawAnswer found(const char *code, const char *title)
 {
     return answer({analysisOf(code, title), analysisOf(code, "第二条")});
+}
+
+/// The window that the window manager keeps this one above.
+WId ownerOf(const QWidget &window)
+{
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    const auto request = xcb_get_property(connection, 0, static_cast<xcb_window_t>(window.winId()),
+                                          XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 0, 1);
+    xcb_get_property_reply_t *reply = xcb_get_property_reply(connection, request, nullptr);
+    WId owner = 0;
+    if (reply && xcb_get_property_value_length(reply) == sizeof(xcb_window_t))
+        owner = *static_cast<xcb_window_t *>(xcb_get_property_value(reply));
+    std::free(reply);
+    xcb_disconnect(connection);
+    return owner;
 }
 
 /// The page with a stock on show.
@@ -267,6 +287,52 @@ private slots:
         const QPointer<DynamicAnalysisDialog> panel = page.panel();
         page.window.reset();
         QVERIFY(!panel);
+    }
+
+    void theHotKeyLeavesThePanelOpenUnderItsEntry()
+    {
+        MovePage page;
+        page.showStock("600519");
+        page.press();
+        QTRY_VERIFY(page.isOpen());
+        const DialogVisit visit(QStringLiteral("录入异动信息"), [&page](QDialog &dialog) {
+            page.press();
+            QVERIFY(page.isOpen());
+            dialog.reject();
+        });
+        QMetaObject::invokeMethod(page.panel(), "onManualInputClicked");
+        QTRY_VERIFY(visit.ended());
+        QVERIFY(page.isOpen());
+        page.press();
+        QVERIFY(!page.isOpen());
+    }
+
+    void thePanelBelongsToTheWindowAlsoWhenThatChangesItsFlags()
+    {
+        MovePage page;
+        page.showStock("600519");
+        page.press();
+        QTRY_VERIFY(page.isOpen());
+        QTRY_COMPARE(ownerOf(*page.panel()), page.window->windowHandle()->winId());
+        const WId before = page.window->windowHandle()->winId();
+        // As the compact mode does; without an owner the panel would go below the window. At times the window
+        // system takes the same number again.
+        const Qt::WindowFlags compact = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+        for (const Qt::WindowFlags flags : {compact, Qt::Window | Qt::FramelessWindowHint, compact}) {
+            page.window->setWindowFlags(flags);
+            page.window->show();
+            QVERIFY(QTest::qWaitForWindowExposed(page.window.get()));
+            QTRY_COMPARE(ownerOf(*page.panel()), page.window->windowHandle()->winId());
+        }
+        QVERIFY(page.window->windowHandle()->winId() != before);
+        QVERIFY(page.isOpen());
+        QVERIFY(page.shown().contains(QStringLiteral("1、渠道提价。")));
+        // A closed one stays closed.
+        page.press();
+        page.window->setWindowFlags(Qt::Window);
+        page.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(page.window.get()));
+        QVERIFY(!page.isOpen());
     }
 
     void changedColorsShowAtOnce()
