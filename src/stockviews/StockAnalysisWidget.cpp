@@ -227,6 +227,9 @@ void StockAnalysisWidget::reloadSettings()
     showAgain();
     if (m_dynamicAnalysisDialog)
         m_dynamicAnalysisDialog->reloadSettings();
+    // The concept panel takes its look anew with every answer.
+    if (!m_currentStockCode.isEmpty())
+        followWithThemeDialog(m_currentStockCode);
     if (m_isMonitoring) {
         unregisterHotkeys();
         registerHotkeys();

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QJsonValue>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -45,7 +46,7 @@ public:
     /// The answer to a request for the market's figures; empty for none.
     QJsonObject market;
     /// The "data" of the answers to other requests, by the end of the path.
-    QHash<QByteArray, QJsonObject> data;
+    QHash<QByteArray, QJsonValue> data;
     /// The answer to every login; empty for a successful one.
     QJsonObject loginRefusal;
 

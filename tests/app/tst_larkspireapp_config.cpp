@@ -2,6 +2,7 @@
 #include "app/AppTestSupport.h"
 #include "app/LarkspireAppPeer.h"
 #include "desktop/AutoStartManager.h"
+#include "desktop/XTestKeyboard.h"
 #include "news/CustomNotification.h"
 #include "news/SoundReminder.h"
 #include "newsclient/ApiClient.h"
@@ -34,6 +35,8 @@
 #include <QFile>
 #include <QGroupBox>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -128,7 +131,7 @@ struct Held
     const char *test;
 };
 
-/// In the order of the tabs. What no panel of the program reads yet is held to the store.
+/// In the order of the tabs.
 constexpr Held everySetting[] = {
     {"ttsCheckBox", "speechIsLive"},
     {"speakStockCheckBox", "spokenStockNameIsLive"},
@@ -154,17 +157,17 @@ constexpr Held everySetting[] = {
     {"marketValueFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
     {"marketBoardRankingFontSizeSpinBox", "sizesOfTheMarketPageAreLive"},
     {"marketRefreshIntervalSpinBox", "marketIntervalIsLive"},
-    {"themeBgColorButton", "colorsOfTheConceptPanelAreStored"},
-    {"themeCardBgColorButton", "colorsOfTheConceptPanelAreStored"},
-    {"themeWidthSpinBox", "settingsThatPagesReadAreStored"},
-    {"themePositionComboBox", "settingsThatPagesReadAreStored"},
-    {"themeSummaryFontSizeSpinBox", "settingsThatPagesReadAreStored"},
-    {"themeNameColorButton", "colorsOfTheConceptPanelAreStored"},
-    {"themeNameFontSizeSpinBox", "settingsThatPagesReadAreStored"},
-    {"themeDescColorButton", "colorsOfTheConceptPanelAreStored"},
-    {"themeDescFontSizeSpinBox", "settingsThatPagesReadAreStored"},
-    {"themeHotkeyComboBox", "settingsThatPagesReadAreStored"},
-    {"dynamicHotkeyComboBox", "settingsThatPagesReadAreStored"},
+    {"themeBgColorButton", "colorsOfTheConceptPanelAreLive"},
+    {"themeCardBgColorButton", "colorsOfTheConceptPanelAreLive"},
+    {"themeWidthSpinBox", "sizesOfTheConceptPanelAreLive"},
+    {"themePositionComboBox", "placeOfTheConceptPanelIsLive"},
+    {"themeSummaryFontSizeSpinBox", "sizesOfTheConceptPanelAreLive"},
+    {"themeNameColorButton", "colorsOfTheConceptPanelAreLive"},
+    {"themeNameFontSizeSpinBox", "sizesOfTheConceptPanelAreLive"},
+    {"themeDescColorButton", "colorsOfTheConceptPanelAreLive"},
+    {"themeDescFontSizeSpinBox", "sizesOfTheConceptPanelAreLive"},
+    {"themeHotkeyComboBox", "hotKeysAreLive"},
+    {"dynamicHotkeyComboBox", "hotKeysAreLive"},
     {"serverUrlEdit", "serverAndKeyAreLive"},
     {"apiKeyEdit", "serverAndKeyAreLive"},
     {"timeoutSpinBox", "timeLimitIsLive"},
@@ -230,8 +233,13 @@ private slots:
     void stockPageAsksTheOtherServerAnew();
     void settingsThatPagesReadAreStored_data();
     void settingsThatPagesReadAreStored();
-    void colorsOfTheConceptPanelAreStored_data();
-    void colorsOfTheConceptPanelAreStored();
+    void colorsOfTheConceptPanelAreLive_data();
+    void colorsOfTheConceptPanelAreLive();
+    void sizesOfTheConceptPanelAreLive_data();
+    void sizesOfTheConceptPanelAreLive();
+    void placeOfTheConceptPanelIsLive();
+    void hotKeysAreLive_data();
+    void hotKeysAreLive();
     void volumeAndTopMostStayAsTheyAre();
     void windowInTheTrayShowsItself();
 
@@ -256,6 +264,8 @@ private:
     StockAnalysisWidget *stockPage() const { return m_window->findChild<StockAnalysisWidget *>(); }
     /// The stock page, in front, shows this stock.
     void showStock(const QString &code, const QString &name);
+    /// Its concept panel; null when it has not come.
+    QDialog *openConcepts();
     /// A news item with a keyword arrives.
     void announce(const QString &id);
     CustomNotification *card() const { return m_window->findChild<CustomNotification *>(); }
@@ -369,6 +379,21 @@ void TestLarkspireAppConfig::showStock(const QString &code, const QString &name)
     stockPage()->findChild<StockApiClient *>()->getComprehensiveInfo(code);
     QTRY_VERIFY(child<QLabel>("companyNameLabel")->text().contains(code));
     QVERIFY(child<QLabel>("companyNameLabel")->isVisible());
+}
+
+QDialog *TestLarkspireAppConfig::openConcepts()
+{
+    const QString code = QStringLiteral("600519");
+    m_service->data.insert("/theme_stocks",
+                           QJsonArray{QJsonObject{
+                               {QStringLiteral("stock_code"), code},
+                               {QStringLiteral("sector_name"), QStringLiteral("白酒")},
+                               {QStringLiteral("desc"), QStringLiteral("白酒的生产与销售，高端白酒")},
+                           }});
+    showStock(code, QStringLiteral("贵州茅台"));
+    child<QPushButton>("themeButton")->click();
+    const QString title = QStringLiteral("概念题材");
+    return QTest::qWaitFor([&title] { return openDialog(title) != nullptr; }) ? openDialog(title) : nullptr;
 }
 
 void TestLarkspireAppConfig::everySettingIsHeldByATest()
@@ -797,28 +822,109 @@ void TestLarkspireAppConfig::settingsThatPagesReadAreStored()
     QCOMPARE(stored(settingsKey).toString(), value);
 }
 
-void TestLarkspireAppConfig::colorsOfTheConceptPanelAreStored_data()
+void TestLarkspireAppConfig::colorsOfTheConceptPanelAreLive_data()
 {
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("settingsKey");
-    QTest::newRow("ground") << "themeBgColorButton" << QStringLiteral("选择对话框背景颜色")
-                            << "ThemeDialog/BgColor";
-    QTest::newRow("cards") << "themeCardBgColorButton" << QStringLiteral("选择卡片背景颜色")
-                           << "ThemeDialog/CardBgColor";
-    QTest::newRow("names") << "themeNameColorButton" << QStringLiteral("选择概念名称颜色")
-                           << "ThemeDialog/NameColor";
-    QTest::newRow("descriptions") << "themeDescColorButton" << QStringLiteral("选择描述文字颜色")
-                                  << "ThemeDialog/DescColor";
+    QTest::newRow("ground") << "themeBgColorButton" << QStringLiteral("选择对话框背景颜色");
+    QTest::newRow("cards") << "themeCardBgColorButton" << QStringLiteral("选择卡片背景颜色");
+    QTest::newRow("names") << "themeNameColorButton" << QStringLiteral("选择概念名称颜色");
+    QTest::newRow("descriptions") << "themeDescColorButton" << QStringLiteral("选择描述文字颜色");
 }
 
-void TestLarkspireAppConfig::colorsOfTheConceptPanelAreStored()
+void TestLarkspireAppConfig::colorsOfTheConceptPanelAreLive()
 {
     QFETCH(QString, button);
     QFETCH(QString, title);
-    QFETCH(QString, settingsKey);
-    change([&](QDialog &dialog) { pick(dialog, qPrintable(button), title, QColor(0x12, 0x34, 0x56)); });
-    QCOMPARE(stored(settingsKey).toString(), QStringLiteral("#123456"));
+    QDialog *panel = openConcepts();
+    QVERIFY(panel);
+    const QColor chosen(0x12, 0x34, 0xa6);
+    QVERIFY(!isWrittenIn(panel->grab().toImage(), chosen));
+    change([&](QDialog &dialog) { pick(dialog, qPrintable(button), title, chosen); });
+    QTRY_VERIFY(isWrittenIn(panel->grab().toImage(), chosen));
+}
+
+void TestLarkspireAppConfig::sizesOfTheConceptPanelAreLive_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<int>("size");
+    QTest::newRow("width") << "themeWidthSpinBox"
+                           << "" << 777;
+    QTest::newRow("labels") << "themeSummaryFontSizeSpinBox"
+                            << "themeChip" << 29;
+    QTest::newRow("names") << "themeNameFontSizeSpinBox"
+                           << "themeNameLabel" << 13;
+    QTest::newRow("descriptions") << "themeDescFontSizeSpinBox"
+                                  << "themeDescLabel" << 11;
+}
+
+void TestLarkspireAppConfig::sizesOfTheConceptPanelAreLive()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, label);
+    QFETCH(int, size);
+    const QDialog *panel = openConcepts();
+    QVERIFY(panel);
+    const auto shown = [&] {
+        if (label.isEmpty())
+            return panel->width();
+        const auto *text = panel->findChild<QWidget *>(label);
+        return text ? text->font().pixelSize() : 0;
+    };
+    QVERIFY(shown() > 0 && shown() != size);
+    change([&](QDialog &dialog) { number(dialog, qPrintable(box), size); });
+    QTRY_COMPARE(shown(), size);
+}
+
+void TestLarkspireAppConfig::placeOfTheConceptPanelIsLive()
+{
+    const QDialog *panel = openConcepts();
+    QVERIFY(panel);
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    const auto centre = [panel] { return panel->geometry().center().x(); };
+    QTRY_VERIFY(qAbs(centre() - area.center().x()) < 10);
+    change([](QDialog &dialog) { choose(dialog, "themePositionComboBox", QStringLiteral("屏幕左边")); });
+    QTRY_VERIFY(centre() < area.center().x() - 100);
+    change([](QDialog &dialog) { choose(dialog, "themePositionComboBox", QStringLiteral("屏幕右边")); });
+    QTRY_VERIFY(centre() > area.center().x() + 100);
+}
+
+void TestLarkspireAppConfig::hotKeysAreLive_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("panel");
+    QTest::addColumn<QString>("other");
+    const QString concepts = QStringLiteral("概念题材");
+    const QString analysis = QStringLiteral("异动解析");
+    QTest::newRow("concepts") << "themeHotkeyComboBox" << concepts << analysis;
+    QTest::newRow("analysis of the move") << "dynamicHotkeyComboBox" << analysis << concepts;
+}
+
+void TestLarkspireAppConfig::hotKeysAreLive()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, panel);
+    QFETCH(QString, other);
+    constexpr quint32 homeKeysym = 0xff50;
+    m_service->data.insert("/theme_stocks", QJsonArray());
+    m_service->data.insert("/dynamic_analysis", QJsonArray());
+    showStock(QStringLiteral("600519"), QStringLiteral("贵州茅台"));
+    auto *autoRefresh = child<QCheckBox>("autoRefreshCheckBox");
+    forgetOffsets();
+    autoRefresh->click();
+    QTRY_VERIFY(stockPage()->isMonitoring());
+    XTestKeyboard keyboard;
+    const quint8 key = keyboard.keycodeOf(homeKeysym);
+    QVERIFY(!keyboard.isTaken(key, 0));
+    change([&box](QDialog &dialog) { choose(dialog, qPrintable(box), QStringLiteral("主页")); });
+    keyboard.tap(key);
+    QTRY_VERIFY(openDialog(panel));
+    QVERIFY(!openDialog(other));
+    keyboard.tap(key);
+    QTRY_VERIFY(!openDialog(panel));
+    autoRefresh->click();
+    QTRY_VERIFY(!keyboard.isTaken(key, 0));
 }
 
 void TestLarkspireAppConfig::volumeAndTopMostStayAsTheyAre()
