@@ -23,8 +23,6 @@
 #include <QSignalBlocker>
 #include <QTimer>
 
-#include <algorithm>
-
 namespace {
 
 constexpr int NameExpirySeconds = 3;
