@@ -192,6 +192,7 @@ private:
     // The move analysis.
     /// Asks for the analysis of this code where its panel is open.
     void refreshMoveAnalysis(const QString &code);
+    void queryMoveAnalysis(const QString &code);
 
     // The blacklist.
     void setupBlacklist();
@@ -230,6 +231,8 @@ private:
     LimitUpPopup *m_limitUpPopup = nullptr;
     QPointer<DynamicAnalysisDialog> m_dynamicAnalysisDialog; ///< made on first use
     bool m_analysisFollowsStock = false;                     ///< the last query was for a panel that was open
+    QSet<QString> m_analysisCodesUnderWay;
+    QString m_lastAnalysisCodeAsked;
     StockBlacklist *m_blacklist = nullptr;
     qint32 m_userId = 0; ///< whose blacklist it is; 0 for nobody's
 

@@ -19,7 +19,14 @@ void StockAnalysisWidget::onSearchStockButtonClicked()
     }
     showStatus(QStringLiteral("正在查询异动解析..."));
     m_analysisFollowsStock = false;
-    m_apiClient->getDynamicAnalysis(m_currentStockCode, QString());
+    queryMoveAnalysis(m_currentStockCode);
+}
+
+void StockAnalysisWidget::queryMoveAnalysis(const QString &code)
+{
+    m_analysisCodesUnderWay.insert(code);
+    m_lastAnalysisCodeAsked = code;
+    m_apiClient->getDynamicAnalysis(code, QString());
 }
 
 void StockAnalysisWidget::refreshMoveAnalysis(const QString &code)
@@ -27,11 +34,20 @@ void StockAnalysisWidget::refreshMoveAnalysis(const QString &code)
     if (code.isEmpty() || !m_dynamicAnalysisDialog || !m_dynamicAnalysisDialog->isVisible())
         return;
     m_analysisFollowsStock = true;
-    m_apiClient->getDynamicAnalysis(code, QString());
+    queryMoveAnalysis(code);
 }
 
 void StockAnalysisWidget::onDynamicAnalysisReceived(const QList<DynamicAnalysisRecord> &items)
 {
+    // An empty list does not say whose it is.
+    const QString answered = items.isEmpty() ? m_currentStockCode : items.first().stockCode;
+    if (m_analysisCodesUnderWay.remove(answered) && answered != m_currentStockCode) {
+        // Of a stock that was left meanwhile.
+        if (!m_analysisFollowsStock && !m_currentStockCode.isEmpty() &&
+            m_lastAnalysisCodeAsked != m_currentStockCode)
+            queryMoveAnalysis(m_currentStockCode);
+        return;
+    }
     const bool wasVisible = m_dynamicAnalysisDialog && m_dynamicAnalysisDialog->isVisible();
     // The answer for a panel that has been closed in the meantime does not open it again.
     if (!wasVisible && m_analysisFollowsStock)

@@ -209,6 +209,46 @@ private slots:
         QVERIFY(page.shown().contains(QStringLiteral("再次")));
     }
 
+    void anAnswerOfAStockThatWasLeftIsNotShown()
+    {
+        MovePage page;
+        page.showStock("600519");
+        page.press();
+        QTRY_VERIFY(page.isOpen());
+        RawHttpServer &server = page.service.server();
+        page.service.answerPath(analysisPath, RawAnswer::hold());
+        page.showStock("300001");
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        page.showStock("600036");
+        QTRY_COMPARE(server.heldRequests().size(), 2);
+        QVERIFY(server.release(server.heldRequests().last(), found("600036", "银行")));
+        QTRY_VERIFY(page.shown().contains(QStringLiteral("银行")));
+        QVERIFY(server.release(server.heldRequests().first(), found("300001", "机器人")));
+        // Behind it nothing of the earlier one has come in.
+        page.service.answerPath(analysisPath, found("000001", "保险"));
+        page.showStock("000001");
+        const QString before = page.shown();
+        QVERIFY2(!before.contains(QStringLiteral("机器人")), qPrintable(before));
+        QTRY_VERIFY(page.shown().contains(QStringLiteral("保险")));
+    }
+
+    void aPanelAskedForOnAStockThatWasLeftOpensOnTheNextOne()
+    {
+        MovePage page;
+        page.showStock("600519");
+        RawHttpServer &server = page.service.server();
+        page.service.answerPath(analysisPath, RawAnswer::hold());
+        page.press();
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        page.showStock("300001");
+        QCOMPARE(page.queries().size(), 1);
+        page.service.answerPath(analysisPath, found("300001", "机器人"));
+        QVERIFY(server.release(server.heldRequests().first(), found("600519", "提价")));
+        QTRY_VERIFY(page.isOpen());
+        QVERIFY(page.shown().contains(QStringLiteral("机器人")));
+        QCOMPARE(page.queries().last(), MovePage::query("300001"));
+    }
+
     void aFailureKeepsWhatIsOnShow_data()
     {
         QTest::addColumn<QByteArray>("body");
