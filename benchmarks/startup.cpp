@@ -29,7 +29,11 @@ Run runOnce(const char *program)
     const auto start = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child == 0) {
+#ifdef LAUNCHER
+        execlp(LAUNCHER, LAUNCHER, program, static_cast<char *>(nullptr));
+#else
         execl(program, program, static_cast<char *>(nullptr));
+#endif
         _exit(127);
     }
     int status = 0;
