@@ -1,6 +1,7 @@
 #include "PictureTour.h"
 
 #include "accounts/EnhancedLoginDialog.h"
+#include "desktop/WindowActivation.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "support/DialogVisit.h"
 #include "support/WindowInput.h"
@@ -39,12 +40,12 @@ bool until(const std::function<bool()> &condition)
     return QTest::qWaitFor(condition, patienceMs);
 }
 
-/// Whether a window has the focus; asks for it when not. A window manager may have lost it between two
-/// dialogs that went at once.
+/// Whether a window has the focus; takes it when not. A window manager may have lost it between two dialogs
+/// that went at once, and may refuse it to a program that nobody really types into.
 bool hasTheFocus(QWidget *window)
 {
     if (window->isVisible() && !window->isActiveWindow())
-        window->activateWindow();
+        WindowActivation::bringToFrontNatively(window);
     return window->isVisible() && window->isActiveWindow();
 }
 
@@ -378,7 +379,7 @@ bool PictureTour::stockPanels()
     m_window.resize(1, 1);
     const bool compact = waitFor([this, before] { return m_window.width() < before.width(); },
                                  QStringLiteral("the window has not become small")) &&
-                         shoot(&m_window, QStringLiteral("stock-compact"));
+                         shootPanel(&m_window, QStringLiteral("stock-compact"));
     WindowInput::click(part<QPushButton>(*page, "compactModeButton"));
     m_window.resize(before);
     return compact;
