@@ -219,6 +219,25 @@ private slots:
         QVERIFY(m_boxes->shown.isEmpty());
     }
 
+    void aListThatComesAheadOfTheConfigurationIsChosenFromAfterwards()
+    {
+        m_service->answerPath("/stockhelper/config", RawAnswer::hold());
+        open();
+        QTRY_COMPARE(box("tdxComboBox")->count(), 5);
+        QCOMPARE(box("tdxComboBox")->currentIndex(), -1);
+        QTRY_COMPARE(m_service->server().heldRequests().size(), 1);
+        QVERIFY(m_service->server().release(
+            m_service->server().heldRequests().first(),
+            RawAnswer::json({{QStringLiteral("success"), true},
+                             {QStringLiteral("data"),
+                              QJsonObject{{QStringLiteral("current_software"), QStringLiteral("tdx")},
+                                          {QStringLiteral("tdx_version"), QStringLiteral("7.62")},
+                                          {QStringLiteral("ths_version"), QString()}}}})));
+        QTRY_COMPARE(box("tdxComboBox")->currentText(), QStringLiteral("7.62"));
+        QCOMPARE(box("thsComboBox")->currentIndex(), -1);
+        QCOMPARE(currentVersion(), QStringLiteral("当前版本: 7.62"));
+    }
+
     void aProgramThatNobodyKnowsLeavesTheFormAlone()
     {
         m_service->linkageConfig = {{QStringLiteral("current_software"), QStringLiteral("wind")},

@@ -284,14 +284,17 @@ void TestStockRendering::moneyIsTextInItsUnit_data()
     QTest::newRow("nought") << text("0") << text("0.00");
     QTest::newRow("below 万") << text("9999.99") << text("9999.99");
     QTest::newRow("at 万") << text("10000") << text("1.00万");
+    QTest::newRow("just above 万") << text("10001") << text("1.00万");
     QTest::newRow("above 万") << text("25000") << text("2.50万");
     QTest::newRow("below 百万") << text("999999") << text("100.00万");
     QTest::newRow("at 百万") << text("1000000") << text("1.00百万");
     QTest::newRow("above 百万") << text("1010000") << text("1.01百万");
     QTest::newRow("below 千万") << text("9990000") << text("9.99百万");
+    QTest::newRow("just below 千万") << text("9999999") << text("10.00百万");
     QTest::newRow("at 千万") << text("10000000") << text("1.00千万");
     QTest::newRow("above 千万") << text("50000000") << text("5.00千万");
     QTest::newRow("below 亿") << text("99900000") << text("9.99千万");
+    QTest::newRow("just below 亿") << text("99999999") << text("10.00千万");
     QTest::newRow("at 亿") << text("100000000") << text("1.00亿");
     QTest::newRow("above 亿") << text("101000000") << text("1.01亿");
     QTest::newRow("with an exponent") << text("5e7") << text("5.00千万");
@@ -318,12 +321,15 @@ void TestStockRendering::openingMoneyIsRichTextInItsUnit_data()
     QTest::newRow("nought") << 0.0 << text("<b>0</b>") << text("<b>0</b>");
     row("small", 1.0, "0.00", "万");
     row("below 百万", 999900.0, "99.99", "万");
+    row("just below 百万", 999999.0, "100.00", "万");
     row("at 百万", 1e6, "1.00", "百万");
     row("above 百万", 1010000.0, "1.01", "百万");
     row("below 千万", 9990000.0, "9.99", "百万");
+    row("just below 千万", 9999999.0, "10.00", "百万");
     row("at 千万", 1e7, "1.00", "千万");
     row("above 千万", 10100000.0, "1.01", "千万");
     row("below 亿", 99900000.0, "9.99", "千万");
+    row("just below 亿", 99999999.0, "10.00", "千万");
     row("at 亿", 1e8, "1.00", "亿");
     row("above 亿", 1234000000.0, "12.34", "亿");
 }
@@ -424,6 +430,7 @@ void TestStockRendering::basicFiguresShowByTheirThresholds_data()
     row(&StockInfo::netProfit, profit, "-0.1", weakBadge("-0.1亿"));
     row(&StockInfo::netProfit, profit, "-0.01", weakBadge("-0.01亿"));
     row(&StockInfo::netProfit, profit, "0", red("0亿"));
+    row(&StockInfo::netProfit, profit, "0.01", red("0.01亿"));
     row(&StockInfo::netProfit, profit, "0.5", red("0.5亿"));
     row(&StockInfo::netProfit, profit, "0.99", red("0.99亿"));
     row(&StockInfo::netProfit, profit, "1", strongBadge("1亿"));
@@ -552,8 +559,10 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     rate(&LimitStats::firstLimitClosingRate, closing, 54.99, "<b>54.99%</b>", framed("#007a00"));
     rate(&LimitStats::firstLimitClosingRate, closing, 55, "<b>55%</b>", framed("#993400"));
     rate(&LimitStats::firstLimitClosingRate, closing, 55.01, "<b>55.01%</b>", framed("#993400"));
+    rate(&LimitStats::firstLimitClosingRate, closing, 64.99, "<b>64.99%</b>", framed("#993400"));
     rate(&LimitStats::firstLimitClosingRate, closing, 65, "<b>65%</b>", framed("#993400"));
     rate(&LimitStats::firstLimitClosingRate, closing, 65.01, "<b>65.01%</b>", framed("#bf2800"));
+    rate(&LimitStats::firstLimitClosingRate, closing, 74.99, "<b>74.99%</b>", framed("#bf2800"));
     rate(&LimitStats::firstLimitClosingRate, closing, 75, "<b>75%</b>", framed("#bf2800"));
     rate(&LimitStats::firstLimitClosingRate, closing, 66.666667, "<b>66.666667%</b>", framed("#bf2800"));
     rate(&LimitStats::firstLimitClosingRate, closing, 75.01, "<b>75.01%</b>", framed("#790a79"));
@@ -569,6 +578,7 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::increase5d, week, "0.01", red("+0.01%"), "plain");
     word(&LimitStats::increase5d, week, "2.99", red("+2.99%"), "plain");
     word(&LimitStats::increase5d, week, "3", text("<b>3%</b>"), "purple");
+    word(&LimitStats::increase5d, week, "3.01", text("<b>3.01%</b>"), "purple");
     word(&LimitStats::increase5d, week, "-3.1415926", green("-3.1415926%"), "plain");
     word(&LimitStats::increase5d, week, "3.10", text("<b>3.1%</b>"), "purple");
 
@@ -576,10 +586,12 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::preRise, yesterday, "-1.51", text("<b>-1.51%</b>"), "green");
     word(&LimitStats::preRise, yesterday, "-1.5", green("-1.5%"), "plain");
     word(&LimitStats::preRise, yesterday, "-1.49", green("-1.49%"), "plain");
+    word(&LimitStats::preRise, yesterday, "-0.01", green("-0.01%"), "plain");
     word(&LimitStats::preRise, yesterday, "0", text("<b>0%</b>"), "plain");
     word(&LimitStats::preRise, yesterday, "0.01", red("+0.01%"), "plain");
     word(&LimitStats::preRise, yesterday, "2.99", red("+2.99%"), "plain");
     word(&LimitStats::preRise, yesterday, "3", text("<b>3%</b>"), "purple");
+    word(&LimitStats::preRise, yesterday, "3.01", text("<b>3.01%</b>"), "purple");
     word(&LimitStats::preRise, yesterday, "", text("<b>0%</b>"), "plain");
     word(&LimitStats::preRise, yesterday, "--", text("<b>0%</b>"), "plain");
     word(&LimitStats::preRise, yesterday, "10.02", text("<b>10.02%</b>"), "purple");
@@ -591,6 +603,7 @@ void TestStockRendering::historyShowsByItsThresholds_data()
     word(&LimitStats::rsi, strength, "35.01", text("<b>35.01</b>"), "plain");
     word(&LimitStats::rsi, strength, "69.99", text("<b>69.99</b>"), "plain");
     word(&LimitStats::rsi, strength, "70", text("<b>70</b>"), "purple");
+    word(&LimitStats::rsi, strength, "70.01", text("<b>70.01</b>"), "purple");
     word(&LimitStats::rsi, strength, "--", text("<b>0</b>"), "green");
     word(&LimitStats::rsi, strength, "51.234567", text("<b>51.234567</b>"), "plain");
     word(&LimitStats::rsi, strength, "70.10", text("<b>70.1</b>"), "purple");
@@ -675,6 +688,7 @@ void TestStockRendering::datesShowTheirDistance_data()
     row(2, "前天", "hot", "cold");
     row(3, "3天前", "hot", "cold");
     row(4, "4天前", "purple", "purple");
+    row(9, "9天前", "purple", "purple");
     row(10, "10天前", "purple", "purple");
     row(11, "11天前", "purple", "plain");
     row(29, "29天前", "purple", "plain");

@@ -4,6 +4,7 @@
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
 #include "settings/MainWindowSkin.h"
+#include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/NameLabel.h"
 #include "stockviews/StockAnalysisWidget.h"
@@ -196,7 +197,7 @@ private slots:
             QVERIFY2(page.find<QLabel>(qPrintable(label.key())) != nullptr, qPrintable(label.key()));
     }
 
-    void buttonWhoseDialogIsNotThereIsGreyed()
+    void everyButtonThatOpensSomethingIsEnabled()
     {
         StockPageFixture page;
         page.openPage();
@@ -301,6 +302,23 @@ private slots:
         page.tick();
         QTRY_COMPARE(page.status(), QStringLiteral("查询失败: 忙"));
         QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void aConfigurationThatDoesNotComeIsReported()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
+        page.openPage();
+        page.page->findChild<StockApiClient *>()->findChild<QTimer *>()->setInterval(60);
+        BoxAnswer answer(ok);
+        page.switchOn();
+        QTRY_VERIFY(answer.shown());
+        QCOMPARE(answer.title(), QStringLiteral("加载配置失败"));
+        QCOMPARE(answer.text(),
+                 QStringLiteral("无法从服务器加载配置：请求超时\n\n请检查网络连接或手动打开股票助手设置"));
+        QTRY_COMPARE(page.status(), QStringLiteral("加载配置失败，请检查网络连接"));
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
     }
 
     void switchingOffWhileTheOffsetIsUnderWayStaysOff()
@@ -758,6 +776,31 @@ private slots:
         QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>0</b>"));
     }
 
+    void statisticsThatComeAloneAreShownAndAStockIsNot()
+    {
+        StockPageFixture page;
+        page.openInTdx("600519");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const QString name = page.text("companyNameLabel");
+        auto *client = page.page->findChild<StockApiClient *>();
+        StockInfo other;
+        other.stockCode = QStringLiteral("000001");
+        other.stockName = QStringLiteral("平安银行");
+        emit client->stockInfoReceived(other);
+        QCOMPARE(page.text("companyNameLabel"), name);
+        QCOMPARE(page.page->currentStockCode(), QStringLiteral("600519"));
+        LimitStats stats;
+        stats.firstLimitUp = 2;
+        emit client->limitStatsReceived(stats);
+        QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>2</b>"));
+        QCOMPARE(page.style("firstBoardCountValueLabel"), StockRendering::hotStyle());
+        QCOMPARE(page.text("companyNameLabel"), name);
+        QCOMPARE(page.status(), updated("600519"));
+    }
+
     void aRefreshAsksOnlyForAnotherCode()
     {
         StockPageFixture page;
@@ -915,6 +958,17 @@ private slots:
         page.find<QPushButton>("softwareSwitchButton")->click();
         QCOMPARE(page.status(), QStringLiteral("已切换到 通达信 (版本: 7.65)"));
         QVERIFY(page.page->isMonitoring());
+    }
+
+    void aStoredSwitchIsNoRunningLoop()
+    {
+        StockPageFixture page;
+        ConfigManager::instance()->setStockAutoRefresh(true);
+        ConfigManager::instance()->setThsVersion(QStringLiteral("9.30"));
+        page.openPage();
+        page.find<QPushButton>("softwareSwitchButton")->click();
+        QVERIFY(page.page->isMonitoring());
+        QCOMPARE(page.status(), QStringLiteral("已切换到 同花顺 (版本: 9.30) 并开启自动刷新"));
     }
 
     void theListOfCopiesFollowsTheirNumber()
@@ -1331,6 +1385,26 @@ private slots:
         backend->press(f14);
         QCoreApplication::processEvents();
         QCOMPARE(analysisClicked.size(), 1);
+    }
+
+    void oneKeyMayServeBothPanels()
+    {
+        StockPageFixture page;
+        // As it is where nothing has been set.
+        QCOMPARE(ConfigManager::instance()->getThemeHotkey(), ConfigManager::instance()->getDynamicHotkey());
+        ConfigManager::instance()->setThemeHotkey(QStringLiteral("F13"));
+        ConfigManager::instance()->setDynamicHotkey(QStringLiteral("F13"));
+        page.openPage();
+        page.switchOn();
+        RecordingHotkeyBackend *backend = RecordingHotkeyBackend::installed();
+        QCOMPARE(backend->registrations().size(), 1);
+        QSignalSpy themeClicked(page.find<QPushButton>("themeButton"), &QPushButton::clicked);
+        QSignalSpy analysisClicked(page.find<QPushButton>("searchStockButton"), &QPushButton::clicked);
+        backend->press(GlobalHotkeyPrivate::instance()->nativeShortcut(Qt::Key_F13, Qt::NoModifier));
+        QTRY_COMPARE(themeClicked.size(), 1);
+        QTRY_COMPARE(analysisClicked.size(), 1);
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        QCOMPARE(backend->registrations().filter(QStringLiteral("unregister")).size(), 1);
     }
 
     void theDestructorStoresWhatWasChosen()

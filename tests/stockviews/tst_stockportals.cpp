@@ -21,6 +21,7 @@ private slots:
         row("财联社", "600519", "/stock?code=sh600519");
         row("财联社", "000001", "/stock?code=sz000001");
         row("财联社", "300750", "/stock?code=sz300750");
+        row("财联社", "399001", "/stock?code=sz399001"); // an index, and classed as its digits say
         row("财联社", "920001", "/stock?code=920001.BJ");
         row("财联社", "510300", "/");
         row("财联社", "", "/");
