@@ -3,10 +3,12 @@
 #include "stockviews/TextPlate.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextFragment>
 #include <QTextLayout>
 #include <QToolTip>
@@ -16,6 +18,9 @@ namespace {
 constexpr qreal SmallestPointSize = 8.0;
 constexpr int SideRoom = 4; // of the plate beside the text
 constexpr int PlateRadius = 4;
+constexpr int BadgeRadius = 3;
+constexpr qreal BadgeRoom = 1.0;          // above and below the letters
+constexpr qreal BadgeRoomPointSize = 9.0; // of the blanks that give it room to the sides
 
 } // namespace
 
@@ -35,9 +40,51 @@ void NameLabel::layOut() const
     m_knownText = text();
     m_document.setDefaultFont(font());
     m_document.setHtml(m_knownText);
+    takeBadges();
+    m_document.documentLayout()->documentSize(); // lays the lines out
+    takeLink();
+}
+
+/// Takes the grounds of the badges out of the text, which would draw them as bare rectangles without any room
+/// beside the letters.
+void NameLabel::takeBadges() const
+{
+    m_badges.clear();
+    const QTextBlock block = m_document.firstBlock();
+    for (QTextBlock::iterator part = block.begin(); !part.atEnd(); ++part) {
+        const QTextFragment fragment = part.fragment();
+        const QTextCharFormat format = fragment.charFormat();
+        if (format.background().style() != Qt::NoBrush)
+            m_badges.append({fragment.position(), fragment.position() + fragment.length(),
+                             format.background().color(), format.font()});
+    }
+    QTextCharFormat blank;
+    blank.setFontPointSize(BadgeRoomPointSize);
+    int inserted = 0;
+    for (Badge &badge : m_badges) {
+        badge.begin += inserted;
+        badge.end += inserted;
+        QTextCursor cursor(&m_document);
+        cursor.setPosition(badge.begin);
+        cursor.setPosition(badge.end, QTextCursor::KeepAnchor);
+        QTextCharFormat format = cursor.charFormat();
+        format.clearBackground();
+        cursor.setCharFormat(format);
+        // Room behind the letters, then ahead of them, and towards what stands in front of the badge.
+        cursor.setPosition(badge.end);
+        cursor.insertText(QString(QChar::Nbsp), blank);
+        cursor.setPosition(badge.begin);
+        cursor.insertText(QString(2, QChar::Nbsp), blank);
+        badge.begin += 1;
+        badge.end += 3;
+        inserted += 3;
+    }
+}
+
+void NameLabel::takeLink() const
+{
     m_linkColor = QColor();
     m_linkWidth = 0.0;
-    m_document.documentLayout()->documentSize(); // lays the lines out
     const QTextBlock block = m_document.firstBlock();
     for (QTextBlock::iterator part = block.begin(); !part.atEnd(); ++part) {
         const QTextFragment fragment = part.fragment();
@@ -51,6 +98,17 @@ void NameLabel::layOut() const
         m_linkWidth = line.isValid() ? line.cursorToX(end) : 0.0;
         return;
     }
+}
+
+QRectF NameLabel::rectOf(const Badge &badge) const
+{
+    const QTextLine line = m_document.firstBlock().layout()->lineForTextPosition(badge.begin);
+    if (!line.isValid())
+        return {};
+    const QFontMetricsF metrics(badge.font);
+    const qreal left = line.cursorToX(badge.begin);
+    return {left, line.y() + line.ascent() - metrics.ascent() - BadgeRoom, line.cursorToX(badge.end) - left,
+            metrics.height() + 2 * BadgeRoom};
 }
 
 qreal NameLabel::room() const
@@ -94,16 +152,20 @@ void NameLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     drawFrame(&painter);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
     const QColor plate = plateColor();
     if (plate.isValid()) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
         painter.setBrush(plate);
         painter.drawRoundedRect(QRectF(0, 0, scale() * m_linkWidth + 2 * SideRoom, height()), PlateRadius,
                                 PlateRadius);
     }
     painter.translate(SideRoom, top());
     painter.scale(scale(), scale());
+    for (const Badge &badge : qAsConst(m_badges)) {
+        painter.setBrush(badge.color);
+        painter.drawRoundedRect(rectOf(badge), BadgeRadius, BadgeRadius);
+    }
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette = palette();
     context.palette.setColor(QPalette::Text, palette().color(foregroundRole()));

@@ -1,13 +1,17 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QLabel>
+#include <QList>
+#include <QRectF>
 #include <QString>
 #include <QTextDocument>
 
 /// The line with a stock's name: rich text that begins with a link in the colour of the stock's board. Where
 /// that colour is hard to tell from the page, a plate lies behind the link. The text stands at the same place
-/// with a plate and without.
+/// with a plate and without. A badge in the text is drawn with the round corners and the room that it asks
+/// for.
 ///
 /// What does not fit is written smaller, as a whole, down to 8 points; what is too long even so is cut, and
 /// stands in a tool tip if there is no other. It asks for no width of its own, so a long name never moves its
@@ -31,8 +35,20 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    /// A stretch of the text on a ground of its own.
+    struct Badge
+    {
+        int begin = 0; ///< first character
+        int end = 0;   ///< behind the last one
+        QColor color;
+        QFont font;
+    };
+
     /// Lays the text out where it has changed, or its font.
     void layOut() const;
+    void takeLink() const;
+    void takeBadges() const;
+    QRectF rectOf(const Badge &badge) const;
     qreal room() const;
     qreal scale() const;
     qreal top() const;
@@ -43,4 +59,5 @@ private:
     mutable QString m_knownText;
     mutable QColor m_linkColor;
     mutable qreal m_linkWidth = 0.0; ///< in full size
+    mutable QList<Badge> m_badges;
 };

@@ -45,6 +45,7 @@ private slots:
     void lineThatIsTooLongEvenSoStandsInAToolTip();
     void ownToolTipIsShownFirst();
     void aLongTextTakesNoRoomOfItsNeighbours();
+    void badgeHasRoomAndRoundCorners();
     void plateLiesBehindTheLinkAlone_data();
     void plateLiesBehindTheLinkAlone();
 
@@ -204,6 +205,38 @@ void TestNameLabel::aLongTextTakesNoRoomOfItsNeighbours()
     row->activate();
     QCOMPARE(neighbour->geometry(), place);
     QCOMPARE(m_window->width(), 500);
+}
+
+void TestNameLabel::badgeHasRoomAndRoundCorners()
+{
+    const QColor red(0xE7, 0x4C, 0x3C);
+    m_label->setText(QStringLiteral("<a href=\"search\" style=\"color: black; font-size: 14pt;\">贵州茅台</a>"
+                                    "<span style='background-color: #e74c3c; color: white; font-size: 12pt;'>"
+                                    "黑名单</span> 600519"));
+    const QImage image = m_label->grab().toImage();
+    const auto count = [&image](int x, const QColor &color) {
+        int pixels = 0;
+        for (int y = 0; y < image.height(); ++y)
+            pixels += image.pixelColor(x, y) == color ? 1 : 0;
+        return pixels;
+    };
+    int first = 0;
+    while (first < image.width() && count(first, red) == 0)
+        ++first;
+    int last = first;
+    while (last + 1 < image.width() && count(last + 1, red) > 0)
+        ++last;
+    QVERIFY(last - first > 3 * 12);
+    // Lower at its ends than behind them; columns without letters, but for the soft upper and lower edge; and
+    // free ground beside it.
+    QVERIFY(count(first, red) < count(first + 2, red));
+    QVERIFY(count(last, red) < count(last - 2, red));
+    for (const int x : {first + 2, last - 2})
+        QVERIFY(count(x, red) + count(x, Qt::white) >= image.height() - 2);
+    for (const int x : {first - 2, last + 2})
+        QCOMPARE(count(x, Qt::white), image.height());
+    // The text itself is as it was given.
+    QVERIFY(!m_label->text().contains(QChar(QChar::Nbsp)));
 }
 
 void TestNameLabel::plateLiesBehindTheLinkAlone_data()
