@@ -70,6 +70,7 @@ private slots:
     void tenCodesInTenSecondsEndOnTheRightStockWhenTheServiceIsSlow();
     void theNameLeadsToTheNewsAboutIt();
     void theLinkageIsTakenOverAtTheLogin();
+    void aStockOnTheBlacklistIsMarkedAgainAfterARestartOfEverything();
     void theVersionOfThsIsFoundByItsTrialToo();
     void aProgramThatMessagesDoNotReachStopsNothing();
 
@@ -353,6 +354,37 @@ void TestLarkspireAppStock::aProgramThatMessagesDoNotReachStopsNothing()
         QVERIFY2(said.contains(QStringLiteral("发送代码 %1 到 同花顺 失败").arg(QString::fromLatin1(code))),
                  qPrintable(said.join(QLatin1Char('\n'))));
     timer->disconnect(timer);
+}
+
+void TestLarkspireAppStock::aStockOnTheBlacklistIsMarkedAgainAfterARestartOfEverything()
+{
+    const QString badge = QStringLiteral("⚠️黑名单");
+    openWindow();
+    setUpLinkage();
+    switchOn();
+    QVERIFY(follows("600519"));
+    {
+        const DialogVisit reason(QStringLiteral("添加到黑名单"), [](QDialog &dialog) {
+            WindowInput::type(&dialog, QStringLiteral("涨得太多了"));
+            WindowInput::press(&dialog, Qt::Key_Return);
+        });
+        WindowInput::click(find<QPushButton>("blacklistButton"));
+        QTRY_VERIFY(reason.ended());
+        const DialogVisit told(QStringLiteral("成功"), [](QDialog &dialog) { dialog.accept(); });
+        QTRY_VERIFY(told.ended());
+    }
+    QTRY_VERIFY(text("companyNameLabel").contains(badge));
+
+    m_window.reset();
+    QVERIFY(m_service->stop());
+    QVERIFY2(m_service->start(), qPrintable(m_service->errorText()));
+    ConfigManager::instance()->setApiServerUrl(m_service->baseUrl());
+    StockApiConfig::instance()->refreshFromSettings();
+    openWindow();
+    switchOn();
+    QTRY_COMPARE(pageStatus(), QStringLiteral("⚠️ 黑名单股票：涨得太多了"));
+    QVERIFY(text("companyNameLabel").contains(badge));
+    QVERIFY(text("companyNameLabel").endsWith(QStringLiteral(" 600519")));
 }
 
 LARKSPIRE_TEST_MAIN(TestLarkspireAppStock)
