@@ -331,10 +331,13 @@ private slots:
         page.switchOn();
         QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
         page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        const QSignalSpy received(page.page->findChild<StockApiClient *>(),
+                                  &StockApiClient::stockHelperConfigReceived);
         QVERIFY(page.service.server().release(
             0, RawAnswer::json({{QStringLiteral("success"), true},
                                 {QStringLiteral("data"), page.service.linkageConfig}})));
-        // A later answer shows that the first one has been through.
+        QTRY_COMPARE(received.size(), 1);
+        QVERIFY(!page.page->isMonitoring());
         page.service.forgetAnswers();
         StockApiConfig::instance()->setTdxOffset(QString());
         page.switchOn();
