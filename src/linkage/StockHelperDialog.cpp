@@ -2,6 +2,7 @@
 
 #include "linkage/PlatformOperations.h"
 #include "linkage/ProcessUtils.h"
+#include "newsclient/ServiceWords.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
@@ -215,7 +216,7 @@ void StockHelperDialog::onQueryError(const QString &error)
         return;
     lastError = error;
     sinceLastError.start();
-    QMessageBox::warning(this, errorTitle, QStringLiteral("操作失败: ") + error);
+    QMessageBox::warning(this, errorTitle, ServiceWords::asSent(QStringLiteral("操作失败: ") + error));
 }
 
 void StockHelperDialog::showVersion(const QString &version)
@@ -290,8 +291,8 @@ void StockHelperDialog::testChosenVersion(Program program)
         const QString question =
             QStringLiteral("当前版本 [%1] 测试失败（版本不匹配）。\n\n是否自动测试其他版本？")
                 .arg(side.versions.at(index).version);
-        if (QMessageBox::question(this, failedTitle, question, QMessageBox::Yes | QMessageBox::No) !=
-            QMessageBox::Yes)
+        if (QMessageBox::question(this, failedTitle, ServiceWords::asSent(question),
+                                  QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes)
             return;
     }
     autoTest(program);
@@ -352,6 +353,7 @@ void StockHelperDialog::autoTest(Program program)
     QMessageBox progress(this);
     progress.setWindowTitle(QStringLiteral("自动测试中"));
     progress.setStandardButtons(QMessageBox::NoButton);
+    progress.setTextFormat(Qt::PlainText);
     progress.setText(QStringLiteral("正在自动测试 %1 版本...\n\n请稍候...").arg(side.word));
     progress.setModal(true);
     const int count = side.versions.size();
@@ -367,7 +369,8 @@ void StockHelperDialog::autoTest(Program program)
             // The second message in a row, after that of the test itself; both are meant.
             QMessageBox::information(
                 this, succeededTitle,
-                QStringLiteral("找到匹配的版本：\n\n[%1]\n\n配置已自动保存。").arg(version));
+                ServiceWords::asSent(
+                    QStringLiteral("找到匹配的版本：\n\n[%1]\n\n配置已自动保存。").arg(version)));
             return;
         }
         if (result == NotRunning) {

@@ -12,21 +12,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-namespace {
-
-/// A box of plain text. It is opened without waiting for its answer: it comes up from within the handling of
-/// a reply, whose client may end while it stands.
-QMessageBox *makeBox(QMessageBox::Icon icon, const QString &title, const QString &text,
-                     QMessageBox::StandardButtons buttons, QWidget *parent)
-{
-    auto *box = new QMessageBox(icon, title, text, buttons, parent);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    return box;
-}
-
-} // namespace
-
 void StockAnalysisWidget::setupBlacklist()
 {
     m_blacklist = new StockBlacklist(
@@ -39,10 +24,10 @@ void StockAnalysisWidget::setupBlacklist()
     connect(m_blacklist, &StockBlacklist::additionAsked, this,
             &StockAnalysisWidget::showAddToBlacklistDialog);
     connect(m_blacklist, &StockBlacklist::done, this, [this](const QString &message) {
-        makeBox(QMessageBox::Information, QStringLiteral("成功"), message, QMessageBox::Ok, this)->open();
+        openBox(QMessageBox::Information, QStringLiteral("成功"), message);
     });
     connect(m_blacklist, &StockBlacklist::failed, this, [this](const QString &message) {
-        makeBox(QMessageBox::Warning, QStringLiteral("失败"), message, QMessageBox::Ok, this)->open();
+        openBox(QMessageBox::Warning, QStringLiteral("失败"), message);
     });
 }
 
@@ -120,8 +105,8 @@ void StockAnalysisWidget::updateBlacklistDisplay()
 
 void StockAnalysisWidget::askForRemoval(const QString &question)
 {
-    QMessageBox *box = makeBox(QMessageBox::Question, QStringLiteral("黑名单管理"), question,
-                               QMessageBox::Yes | QMessageBox::No, this);
+    QMessageBox *box = openBox(QMessageBox::Question, QStringLiteral("黑名单管理"), question,
+                               QMessageBox::Yes | QMessageBox::No);
     box->button(QMessageBox::Yes)->setText(QStringLiteral("是"));
     box->button(QMessageBox::No)->setText(QStringLiteral("否"));
     // A style's own green and red pictures would speak of rise and fall.
@@ -135,7 +120,6 @@ void StockAnalysisWidget::askForRemoval(const QString &question)
         else
             m_blacklist->keep();
     });
-    box->open();
 }
 
 void StockAnalysisWidget::showAddToBlacklistDialog()

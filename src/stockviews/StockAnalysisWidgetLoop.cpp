@@ -56,6 +56,12 @@ void StockAnalysisWidget::onAutoRefreshToggled(bool enabled)
         return;
     }
     dropConfigConnections();
+    stopLoop();
+    showStatus(QStringLiteral("自动刷新已关闭"));
+}
+
+void StockAnalysisWidget::stopLoop()
+{
     m_autoRefreshEnabled = false;
     m_isMonitoring = false;
     m_refreshTimer->stop();
@@ -64,7 +70,6 @@ void StockAnalysisWidget::onAutoRefreshToggled(bool enabled)
         const QSignalBlocker blocker(m_ui->autoRefreshCheckBox);
         m_ui->autoRefreshCheckBox->setChecked(false);
     }
-    showStatus(QStringLiteral("自动刷新已关闭"));
     // The offsets go with it; the next tick after a start takes them from the configuration again.
     m_processUtils->detachAll();
     unregisterHotkeys();
@@ -101,28 +106,24 @@ void StockAnalysisWidget::onHelperConfigReceived(const QJsonObject &config)
         startAutoRefresh();
         return;
     }
-    QMessageBox::warning(this, QStringLiteral("配置未完成"),
-                         QStringLiteral("请先在股票助手设置中测试并保存%1配置")
-                             .arg(StockPageRules::softwareWord(m_currentSoftware)));
+    openBox(QMessageBox::Warning, QStringLiteral("配置未完成"),
+            QStringLiteral("请先在股票助手设置中测试并保存%1配置")
+                .arg(StockPageRules::softwareWord(m_currentSoftware)));
     refuseAutoRefresh(QStringLiteral("配置未完成，请先设置股票助手"));
 }
 
 void StockAnalysisWidget::onHelperConfigFailed(const QString &error)
 {
     dropConfigConnections();
-    QMessageBox::warning(
-        this, QStringLiteral("加载配置失败"),
-        QStringLiteral("无法从服务器加载配置：%1\n\n请检查网络连接或手动打开股票助手设置").arg(error));
+    openBox(QMessageBox::Warning, QStringLiteral("加载配置失败"),
+            QStringLiteral("无法从服务器加载配置：%1\n\n请检查网络连接或手动打开股票助手设置").arg(error));
     refuseAutoRefresh(QStringLiteral("加载配置失败，请检查网络连接"));
 }
 
 void StockAnalysisWidget::refuseAutoRefresh(const QString &status)
 {
+    stopLoop();
     showStatus(status);
-    const QSignalBlocker blocker(m_ui->autoRefreshCheckBox);
-    m_ui->autoRefreshCheckBox->setChecked(false);
-    m_autoRefreshEnabled = false;
-    showIndicator(false);
 }
 
 void StockAnalysisWidget::startAutoRefresh()
@@ -147,12 +148,8 @@ void StockAnalysisWidget::startAutoRefresh()
 void StockAnalysisWidget::registerHotkeys()
 {
     const ConfigManager *settings = ConfigManager::instance();
-    // A key that leads nowhere is not taken away from the other programs.
-    if (m_ui->themeButton->isEnabled())
-        m_themeHotkey->setShortcut(StockPageRules::hotkey(settings->getThemeHotkey()), Qt::NoModifier, true);
-    if (m_ui->searchStockButton->isEnabled())
-        m_analysisHotkey->setShortcut(StockPageRules::hotkey(settings->getDynamicHotkey()), Qt::NoModifier,
-                                      true);
+    m_themeHotkey->setShortcut(StockPageRules::hotkey(settings->getThemeHotkey()), Qt::NoModifier, true);
+    m_analysisHotkey->setShortcut(StockPageRules::hotkey(settings->getDynamicHotkey()), Qt::NoModifier, true);
 }
 
 void StockAnalysisWidget::unregisterHotkeys()
@@ -290,9 +287,15 @@ void StockAnalysisWidget::onQueryError(const QString &error, const QString &requ
 {
     const StockPageRules::QueryFailure failure =
         StockPageRules::queryFailure(error, requestType, m_currentStockCode);
+    // A late answer about the stock before tells nothing of the one whose record is on show: that is asked
+    // for once more. Where it really has none, nothing is on show when this comes again.
+    const bool mayBeOfAnother = failure.clearsDisplay && requestType == QLatin1String("comprehensiveInfo") &&
+                                m_shownStock && m_shownStock->stockCode == m_currentStockCode;
     if (failure.clearsDisplay)
         clearStockDisplay();
     showStatus(failure.status);
+    if (mayBeOfAnother)
+        m_apiClient->getComprehensiveInfo(m_currentStockCode, QString());
 }
 
 void StockAnalysisWidget::onQueryError(const QString &error)

@@ -25,7 +25,10 @@
 #include <QJsonArray>
 #include <QLabel>
 #include <QLayout>
+#include <QMessageBox>
 #include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScopeGuard>
@@ -264,14 +267,39 @@ private slots:
         StockPageFixture page;
         StockApiConfig::instance()->setTdxOffset(QString());
         page.openPage();
-        BoxAnswer answer(ok);
         page.switchOn();
-        QTRY_VERIFY(answer.shown());
-        QCOMPARE(answer.title(), QStringLiteral("配置未完成"));
-        QCOMPARE(answer.text(), QStringLiteral("请先在股票助手设置中测试并保存通达信配置"));
-        QTRY_COMPARE(page.status(), QStringLiteral("配置未完成，请先设置股票助手"));
+        // The answer of the service waits for nobody: all is done while the box stands.
+        QTRY_VERIFY(page.page->findChild<QMessageBox *>() != nullptr);
+        QPointer<QMessageBox> box = page.page->findChild<QMessageBox *>();
+        QVERIFY(box->isVisible());
+        QCOMPARE(box->windowTitle(), QStringLiteral("配置未完成"));
+        QCOMPARE(box->text(), QStringLiteral("请先在股票助手设置中测试并保存通达信配置"));
+        QCOMPARE(page.status(), QStringLiteral("配置未完成，请先设置股票助手"));
         QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
         QVERIFY(!page.page->isMonitoring());
+        QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
+        box->button(QMessageBox::Ok)->click();
+        QTRY_VERIFY(!box);
+    }
+
+    void aRefusedConfigurationStopsALoopThatWasStartedMeanwhile()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        StockApiConfig::instance()->setThsOffset(QString());
+        ConfigManager::instance()->setThsVersion(QStringLiteral("9.3"));
+        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
+        page.openPage();
+        page.switchOn();
+        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        page.find<QPushButton>("softwareSwitchButton")->click();
+        QVERIFY(page.page->isMonitoring());
+        QVERIFY(page.service.server().release(
+            page.service.server().heldRequests().first(),
+            RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), QJsonObject()}})));
+        QTRY_COMPARE(page.status(), QStringLiteral("配置未完成，请先设置股票助手"));
+        QVERIFY(!page.page->isMonitoring());
+        QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
         QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("transparent")));
     }
 
@@ -731,6 +759,50 @@ private slots:
         QTRY_COMPARE(page.status(), QStringLiteral("609999无数据"));
         QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
         QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("--"));
+    }
+
+    void aLateWordThatAStockHasNoRecordLeavesTheOneThatIsOpenNow()
+    {
+        StockPageFixture page;
+        page.service.holdsRecords = true;
+        page.openInTdx("609999");
+        page.openPage();
+        page.switchOn();
+        page.tick();
+        page.openInTdx("600519");
+        page.tick();
+        const auto held = [&page] { return page.service.server().heldRequests(); };
+        QTRY_COMPARE(held().size(), 2);
+        const int ofTheStockBefore = held().first();
+        QVERIFY(page.service.server().release(
+            held().last(), RawAnswer::json({{QStringLiteral("success"), true},
+                                            {QStringLiteral("data"),
+                                             stockRecord(QStringLiteral("600519"), QStringLiteral("贵州茅台"),
+                                                         QStringLiteral("2024-06-12"))}})));
+        QTRY_COMPARE(page.status(), updated("600519"));
+        const RawAnswer nothing =
+            RawAnswer::json({{QStringLiteral("success"), false},
+                             {QStringLiteral("error"), QStringLiteral("STOCK NOT FOUND")}},
+                            404);
+        QVERIFY(page.service.server().release(ofTheStockBefore, nothing));
+        // The open one is asked for again, and stands there again.
+        QTRY_COMPARE(held().size(), 1);
+        QCOMPARE(queries(page).last(), QStringLiteral("600519"));
+        QVERIFY(page.service.releaseOldestRecord());
+        QTRY_COMPARE(page.status(), updated("600519"));
+        QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("600519")));
+
+        // A stock whose record is gone is asked for once more and then left alone.
+        page.find<QCheckBox>("autoRefreshCheckBox")->click();
+        page.service.holdsRecords = false;
+        page.service.answerPath("/stock/comprehensive", nothing);
+        const int before = queries(page).size();
+        page.switchOn();
+        QTRY_COMPARE(queries(page).size(), before + 2);
+        QTRY_COMPARE(page.status(), QStringLiteral("600519无数据"));
+        QTRY_COMPARE(page.page->findChildren<QNetworkReply *>().size(), 0);
+        QCOMPARE(queries(page).size(), before + 2);
+        QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
     }
 
     void aServiceThatIsDownLeavesTheLastStockOnShow()
@@ -1353,15 +1425,7 @@ private slots:
         RecordingHotkeyBackend *backend = RecordingHotkeyBackend::installed();
         auto *theme = page.find<QPushButton>("themeButton");
         auto *analysis = page.find<QPushButton>("searchStockButton");
-        // As long as their buttons lead nowhere, the keys are left to the other programs.
-        theme->setEnabled(false);
-        analysis->setEnabled(false);
-        page.switchOn();
         QCOMPARE(backend->registrations().size(), 0);
-        page.find<QCheckBox>("autoRefreshCheckBox")->click();
-
-        theme->setEnabled(true);
-        analysis->setEnabled(true);
         page.switchOn();
         QCOMPARE(backend->registrations().size(), 2);
         const GlobalHotkey::NativeShortcut f13 =
