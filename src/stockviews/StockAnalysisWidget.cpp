@@ -170,7 +170,7 @@ void StockAnalysisWidget::setupConnections()
     m_ui->recentLimitUpValueLabel->installEventFilter(this);
     m_ui->companyNameLabel->installEventFilter(this);
 
-    // A hot key does what its button does, and nothing while that is greyed.
+    // A hot key does what its button does.
     connect(m_themeHotkey, &GlobalHotkey::activated, m_ui->themeButton, &QPushButton::click);
     connect(m_analysisHotkey, &GlobalHotkey::activated, m_ui->searchStockButton, &QPushButton::click);
 
