@@ -43,8 +43,10 @@ void StockBlacklist::sendCheck()
 
 void StockBlacklist::check()
 {
-    if (m_shown.code.isEmpty() || !m_isLoggedIn())
+    if (m_shown.code.isEmpty() || !m_isLoggedIn()) {
+        m_checked = {};
         return;
+    }
     m_isManualBlacklistCheck = false;
     sendCheck();
 }
@@ -68,6 +70,9 @@ void StockBlacklist::onCheckBlacklistFinished(bool success, const QJsonObject &d
         showFailure(QStringLiteral("检查黑名单状态失败"));
         return;
     }
+    // An answer to no check of ours can only be meant for the stock on show.
+    if (m_checked.code.isEmpty())
+        m_checked = m_shown;
     m_isInBlacklist = data.value(QLatin1String("in_blacklist")).toBool();
     m_markedCode = m_checked.code;
     m_blacklistReason = m_isInBlacklist ? BlacklistRules::shownReason(data) : QString();

@@ -65,6 +65,7 @@ private slots:
     void nameMayBeMissing();
     void nameThatComesLaterIsSent();
     void markTellsOfTheStockThatWasChecked();
+    void answerToNoCheckIsTakenForTheStockOnShow();
     void answersOfTheUserGoToTheStockThatWasAskedAbout();
     void removalOfTheStockBeforeLeavesTheMarkOfTheNextOne();
     void keepingTheStockBeforeSaysNothingUnderTheNextOne();
@@ -336,6 +337,16 @@ void TestStockBlacklist::markTellsOfTheStockThatWasChecked()
     answer(checked(false));
     QVERIFY(waitUntil([this] { return m_list->concerns(otherCode); }));
     QVERIFY(!m_list->isInBlacklist());
+}
+
+void TestStockBlacklist::answerToNoCheckIsTakenForTheStockOnShow()
+{
+    const QJsonObject listed =
+        checked(true, QString(), QStringLiteral("股东减持")).value(QStringLiteral("data")).toObject();
+    m_list->onCheckBlacklistFinished(true, listed);
+    QVERIFY(m_list->isInBlacklist());
+    QVERIFY(m_list->concerns(code));
+    QCOMPARE(m_log->lines().last(), status(QStringLiteral("⚠️ 黑名单股票：股东减持"), red));
 }
 
 void TestStockBlacklist::answersOfTheUserGoToTheStockThatWasAskedAbout()
