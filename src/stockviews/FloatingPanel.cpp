@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QVector>
 #include <QWindow>
@@ -52,6 +53,10 @@ FloatingPanel::FloatingPanel(const QString &title, const PositionMemory &memory,
     m_layout->setSpacing(0);
     m_layout->addWidget(m_titleBar);
 
+    // A main window that was hidden, to get another frame for instance, comes back above the panel.
+    if (owner())
+        owner()->installEventFilter(this);
+
     m_customPosition = m_memory.stored();
     m_hasCustomPosition = PanelPlacement::isCustomPosition(m_customPosition);
 }
@@ -63,9 +68,29 @@ void FloatingPanel::setPanelColor(const QString &color)
     m_titleBar->setStyleSheet(QStringLiteral("QWidget { background-color: %1; }").arg(color));
 }
 
+QWidget *FloatingPanel::owner() const
+{
+    return parentWidget() ? parentWidget()->window() : nullptr;
+}
+
 bool FloatingPanel::ownerIsMinimized() const
 {
-    return parentWidget() && parentWidget()->window()->isMinimized();
+    return owner() && owner()->isMinimized();
+}
+
+bool FloatingPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == owner() && event->type() == QEvent::Show && !event->spontaneous())
+        QTimer::singleShot(0, this, &FloatingPanel::followOwner);
+    return QDialog::eventFilter(watched, event);
+}
+
+void FloatingPanel::followOwner()
+{
+    if (!isVisible())
+        return;
+    hide();
+    show();
 }
 
 bool FloatingPanel::isOnScreen() const
@@ -92,8 +117,8 @@ int FloatingPanel::frameHeight() const
 QRect FloatingPanel::availableArea() const
 {
     if (!m_hasCustomPosition) {
-        const QWidget *owner = parentWidget() ? parentWidget()->window() : this;
-        return owner->screen()->availableGeometry();
+        const QWidget *const reference = owner() ? owner() : this;
+        return reference->screen()->availableGeometry();
     }
     QVector<QRect> screens;
     for (const QScreen *screen : QGuiApplication::screens())
@@ -146,30 +171,12 @@ void FloatingPanel::mouseReleaseEvent(QMouseEvent *event)
 
 void FloatingPanel::showEvent(QShowEvent *event)
 {
+    // The window system is told with the showing what belongs to whom.
+    if (owner() && windowHandle())
+        windowHandle()->setTransientParent(owner()->windowHandle());
     // The screens may have changed since it was hidden.
     updatePosition();
-    m_ownerIsNew = false;
-    if (parentWidget())
-        parentWidget()->window()->installEventFilter(this);
     QDialog::showEvent(event);
-}
-
-bool FloatingPanel::eventFilter(QObject *watched, QEvent *event)
-{
-    // A main window whose flags change becomes another one for the window system, and covers what belonged to
-    // the one before.
-    if (event->type() == QEvent::WinIdChange)
-        m_ownerIsNew = true;
-    if (event->type() == QEvent::Show && m_ownerIsNew) {
-        const auto showAgain = [this] {
-            if (!isVisible())
-                return;
-            hide();
-            show();
-        };
-        QMetaObject::invokeMethod(this, showAgain, Qt::QueuedConnection);
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void FloatingPanel::hideEvent(QHideEvent *event)

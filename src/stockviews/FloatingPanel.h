@@ -57,15 +57,19 @@ protected:
     /// Colours the panel and its title bar; `color` in the form of style sheets.
     void setPanelColor(const QString &color);
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void showEvent(QShowEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
+    /// The main window; null for a panel without a parent.
+    QWidget *owner() const;
     bool ownerIsMinimized() const;
+    /// Goes above the main window again, which has just been shown.
+    void followOwner();
 
     PositionMemory m_memory;
     QVBoxLayout *m_layout;
@@ -74,5 +78,4 @@ private:
     QPoint m_dragPosition; ///< of the press, from the window's corner
     bool m_hasCustomPosition = false;
     QPoint m_customPosition;
-    bool m_ownerIsNew = false; ///< the main window is another one for the window system than at the last show
 };

@@ -229,6 +229,37 @@ private slots:
         QCOMPARE(m_memory.written, 0);
     }
 
+    void itStaysAboveAMainWindowThatGetsAnotherFrame()
+    {
+        auto *panel = new ExamplePanel(m_memory, m_window.get());
+        m_window->setStyleSheet(QStringLiteral("background-color: #ffffff;"));
+        m_window->setGeometry(screen());
+        panel->show();
+        QVERIFY(QTest::qWaitForWindowExposed(panel));
+        const QPoint before = panel->pos();
+        const auto onTheScreen = [&before] {
+            const QPoint place = before + QPoint(250, 15);
+            QScreen *all = QApplication::primaryScreen();
+            return all->grabWindow(0, place.x(), place.y(), 1, 1).toImage().pixelColor(0, 0);
+        };
+        const QColor ground(QStringLiteral("#2c3e50"));
+        QTRY_COMPARE(onTheScreen(), ground);
+        QSignalSpy shownAgain(panel->windowHandle(), &QWindow::visibleChanged);
+        m_window->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        m_window->show();
+        QTRY_COMPARE(shownAgain.size(), 2); // gone, and back
+        QVERIFY(QTest::qWaitForWindowExposed(panel));
+        QTRY_COMPARE(onTheScreen(), ground);
+        QCOMPARE(panel->pos(), before);
+
+        // Closed, it does not come back by that.
+        panel->close();
+        m_window->setWindowFlags(Qt::Window);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QVERIFY(!panel->isVisible());
+    }
+
     void aPlaceOffTheScreenIsPulledBack()
     {
         m_memory.place = QPoint(9000, 8000);
