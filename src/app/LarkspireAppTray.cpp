@@ -37,16 +37,13 @@ void LarkspireApp::setupTrayIcon()
     m_hideAction = m_trayMenu->addAction(QStringLiteral("隐藏窗口"));
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(QStringLiteral("关键词管理"));
-    QAction *settings = m_trayMenu->addAction(QStringLiteral("设置"));
+    m_trayMenu->addAction(QStringLiteral("设置"));
     m_topMostAction = m_trayMenu->addAction(QStringLiteral("置顶"));
     m_topMostAction->setCheckable(true);
     m_topMostAction->setChecked(m_config.enableTopmost);
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(QStringLiteral("关于"));
     m_exitAction = m_trayMenu->addAction(QStringLiteral("退出"));
-
-    // Greyed until what it leads to exists.
-    settings->setEnabled(false);
 
     m_trayIcon->setContextMenu(m_trayMenu);
     m_trayIcon->setVisible(true);

@@ -344,15 +344,16 @@ void TestLarkspireAppConfig::opensFromTheMenuAndFromTheTray()
         inFrontOfTheWindow = dialog.frameGeometry().intersects(m_window->frameGeometry());
         WindowInput::press(&dialog, Qt::Key_Escape);
     });
+    auto *opener = child<QAction>("actionConfig");
     if (tray) {
         const QList<QAction *> actions = LarkspireAppPeer::trayMenu(*m_window)->actions();
         for (QAction *action : actions) {
             if (action->text() == QStringLiteral("设置"))
-                action->trigger();
+                opener = action;
         }
-    } else {
-        child<QAction>("actionConfig")->trigger();
     }
+    QVERIFY(opener->isEnabled());
+    opener->trigger();
     QVERIFY(visit.ended());
     QVERIFY(inFrontOfTheWindow);
 }
