@@ -9,11 +9,10 @@
 #include "support/IsolatedHome.h"
 
 #include <QLocalServer>
-#include <QSocketNotifier>
 
 #include <cstdio>
 
-#include <unistd.h>
+#include <thread>
 
 namespace {
 
@@ -38,17 +37,18 @@ int main(int argc, char *argv[])
     if (arguments.contains(QStringLiteral("--without-server")))
         application.findChild<QLocalServer *>()->close();
     QObject::connect(&application, &SingleApplication::instanceStarted, &application, [] { say("woken"); });
-    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, &application, [] {
-        char byte = 0;
-        if (read(STDIN_FILENO, &byte, 1) == 0)
-            QCoreApplication::quit();
-    });
     say("first");
     if (arguments.contains(QStringLiteral("--blocked"))) {
-        char byte = 0;
-        while (read(STDIN_FILENO, &byte, 1) == 1 && byte != '\n') {
-        }
+        for (int character = std::getchar(); character != '\n' && character != EOF;)
+            character = std::getchar();
     }
-    return QCoreApplication::exec();
+    // A thread of its own: not every system has an event for the end of the input.
+    std::thread input([&application] {
+        while (std::getchar() != EOF) {
+        }
+        QMetaObject::invokeMethod(&application, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    const int code = QCoreApplication::exec();
+    input.join();
+    return code;
 }
