@@ -360,7 +360,13 @@ private slots:
         QTest::newRow("mixed case") << QByteArray("Show_Window") << false;
         QTest::newRow("something else") << QByteArray("QUIT") << false;
         QTest::newRow("no UTF-8") << QByteArray("\xff\xfe\x80") << false;
-        QTest::newRow("huge") << QByteArray(100000, 'S') << false;
+#ifdef Q_OS_WIN
+        // Wine itself ends a program now and then that writes more than 64 KiB into a pipe which is closed.
+        constexpr int huge = 50000;
+#else
+        constexpr int huge = 100000;
+#endif
+        QTest::newRow("huge") << QByteArray(huge, 'S') << false;
     }
 
     void onlyTheExactMessageWakes()
