@@ -117,6 +117,7 @@ private slots:
     void theNewsAreOnScreen();
     void theStockThatIsOpenInTheTradingProgramIsFollowed();
     void closedToTheTrayASecondStartBringsItBackAndItsEndStoresTheSettings();
+    void theLogOffStoresTheSettings();
 
 private:
     void start();
@@ -321,6 +322,18 @@ void TestLarkspireOnWindows::closedToTheTrayASecondStartBringsItBackAndItsEndSto
     QVERIFY(m_program->waitForFinished());
     QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_program->exitCode(), 0);
+    QVERIFY(QSettings(settingsFile(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+}
+
+// The last test: the Wine session is over with it.
+void TestLarkspireOnWindows::theLogOffStoresTheSettings()
+{
+    start();
+    QVERIFY(!QSettings(settingsFile(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
+    QCOMPARE(QProcess::execute(QStringLiteral("wine"),
+                               {QStringLiteral("wineboot"), QStringLiteral("--end-session")}),
+             0);
+    QVERIFY(m_program->state() == QProcess::NotRunning || m_program->waitForFinished());
     QVERIFY(QSettings(settingsFile(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));
 }
 
