@@ -226,6 +226,9 @@ DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &conc
                                     std::clamp<std::int64_t>(cheapness, 15, 130) / 100
                               : touchChance * std::clamp<std::int64_t>(cheapness, 70, 110) / 100;
     touchChance = touchChance * (limit == 10 ? 10 : limit == 20 ? 5 : 3) / 10;
+    // A limit-up without a reason would be no story.
+    if (concepts.empty())
+        touchChance = 0;
     const std::int64_t fallChance = boards >= 2 ? 80 : 2;
     const std::int64_t roll = dice.between(1, 1000);
     if (roll <= touchChance)
@@ -242,7 +245,7 @@ DayBar Market::next(const Stock &stock, const std::vector<const Concept *> &conc
     switch (bar.kind) {
     case DayKind::LimitUp:
     case DayKind::BrokenLimitUp: {
-        if (!bar.reason && !concepts.empty())
+        if (!bar.reason)
             bar.reason = concepts.front();
         bar.high = bar.limitUp;
         bar.sealAmount = floatValue / 10000 * dice.between(10, 260);

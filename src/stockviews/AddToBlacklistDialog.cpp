@@ -116,6 +116,10 @@ void AddToBlacklistDialog::accept()
         QDialog::accept();
         return;
     }
-    QMessageBox::warning(this, QStringLiteral("输入错误"), problem);
-    m_reasonLineEdit->setFocus();
+    // Not run in a loop of its own: the page may go while it is open, and takes it along.
+    auto *box =
+        new QMessageBox(QMessageBox::Warning, QStringLiteral("输入错误"), problem, QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    connect(box, &QDialog::finished, m_reasonLineEdit, [this] { m_reasonLineEdit->setFocus(); });
+    box->open();
 }

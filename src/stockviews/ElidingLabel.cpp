@@ -1,5 +1,7 @@
 #include "stockviews/ElidingLabel.h"
 
+#include "newsclient/ServiceWords.h"
+
 #include <QEvent>
 #include <QHelpEvent>
 #include <QPainter>
@@ -48,7 +50,7 @@ bool ElidingLabel::isCut() const
 bool ElidingLabel::event(QEvent *event)
 {
     if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && isCut()) {
-        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), text().toHtmlEscaped(), this);
+        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), ServiceWords::asSent(text()), this);
         return true;
     }
     return QLabel::event(event);

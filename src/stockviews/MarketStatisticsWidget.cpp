@@ -197,6 +197,7 @@ void MarketStatisticsWidget::showRanking(const QList<TopBoardInfo> &topBoards)
     }
     m_ranking = topBoards;
     setUpRanking();
+    m_ui->boardRankingTable->setShowGrid(true);
     fillRanking();
 }
 
@@ -217,7 +218,6 @@ void MarketStatisticsWidget::setUpRanking()
     table->setTextElideMode(Qt::ElideNone);
     table->setSelectionMode(QAbstractItemView::NoSelection);
     table->setFocusPolicy(Qt::NoFocus);
-    table->setShowGrid(true);
     table->setWordWrap(false);
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

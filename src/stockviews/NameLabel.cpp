@@ -1,5 +1,6 @@
 #include "stockviews/NameLabel.h"
 
+#include "newsclient/ServiceWords.h"
 #include "stockviews/TextPlate.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -141,7 +142,7 @@ bool NameLabel::event(QEvent *event)
         layOut();
         if (scale() * m_document.idealWidth() > room() + 1) {
             QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
-                               m_document.toPlainText().toHtmlEscaped(), this);
+                               ServiceWords::asSent(m_document.toPlainText()), this);
             return true;
         }
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "stockclient/StockRecords.h"
+#include "stockviews/PanelQueries.h"
 #include "stockviews/StockRenderSettings.h"
 
 #include <QDateTime>
@@ -10,7 +11,6 @@
 #include <QPoint>
 #include <QPointer>
 #include <QRect>
-#include <QSet>
 #include <QString>
 #include <QWidget>
 
@@ -237,8 +237,7 @@ private:
     LimitUpPopup *m_limitUpPopup = nullptr;
     QPointer<DynamicAnalysisDialog> m_dynamicAnalysisDialog; ///< made on first use
     bool m_analysisFollowsStock = false;                     ///< the last query was for a panel that was open
-    QSet<QString> m_analysisCodesUnderWay;
-    QString m_lastAnalysisCodeAsked;
+    PanelQueries m_analysisQueries;
     StockBlacklist *m_blacklist = nullptr;
     qint32 m_userId = 0; ///< whose blacklist it is; 0 for nobody's
 
@@ -259,8 +258,7 @@ private:
     QMetaObject::Connection m_configFailed;
 
     QPointer<ThemeStocksDialog> m_themeDialog; ///< made for the first answer
-    QSet<QString> m_themeCodesUnderWay;        ///< asked for and not answered yet
-    QString m_lastThemeCodeAsked;
+    PanelQueries m_themeQueries;
     bool m_themesFollowStock = false; ///< the last question came from a new stock, not from the user
 
     bool m_compactMode = false;

@@ -18,8 +18,7 @@ void StockAnalysisWidget::onThemeButtonClicked()
 
 void StockAnalysisWidget::queryThemes(const QString &code)
 {
-    m_themeCodesUnderWay.insert(code);
-    m_lastThemeCodeAsked = code;
+    m_themeQueries.noteQuery(code);
     m_apiClient->getThemeStocks(code);
 }
 
@@ -33,11 +32,9 @@ void StockAnalysisWidget::followWithThemeDialog(const QString &code)
 
 void StockAnalysisWidget::onThemeStocksReceived(const QList<ThemeStockInfo> &themes)
 {
-    // An empty list does not say whose it is.
-    const QString answered = themes.isEmpty() ? m_currentStockCode : themes.first().stockCode;
-    if (m_themeCodesUnderWay.remove(answered) && answered != m_currentStockCode) {
-        // Of a stock that was left meanwhile: its concepts must not stand under another one's name.
-        if (m_lastThemeCodeAsked != m_currentStockCode)
+    const QString answered = themes.isEmpty() ? QString() : themes.first().stockCode;
+    if (m_themeQueries.takeIsOfStockLeft(answered, m_currentStockCode)) {
+        if (m_themeQueries.lastCode() != m_currentStockCode)
             queryThemes(m_currentStockCode);
         return;
     }

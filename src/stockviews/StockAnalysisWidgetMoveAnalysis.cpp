@@ -24,8 +24,7 @@ void StockAnalysisWidget::onSearchStockButtonClicked()
 
 void StockAnalysisWidget::queryMoveAnalysis(const QString &code)
 {
-    m_analysisCodesUnderWay.insert(code);
-    m_lastAnalysisCodeAsked = code;
+    m_analysisQueries.noteQuery(code);
     m_apiClient->getDynamicAnalysis(code, QString());
 }
 
@@ -39,12 +38,10 @@ void StockAnalysisWidget::refreshMoveAnalysis(const QString &code)
 
 void StockAnalysisWidget::onDynamicAnalysisReceived(const QList<DynamicAnalysisRecord> &items)
 {
-    // An empty list does not say whose it is.
-    const QString answered = items.isEmpty() ? m_currentStockCode : items.first().stockCode;
-    if (m_analysisCodesUnderWay.remove(answered) && answered != m_currentStockCode) {
-        // Of a stock that was left meanwhile.
+    const QString answered = items.isEmpty() ? QString() : items.first().stockCode;
+    if (m_analysisQueries.takeIsOfStockLeft(answered, m_currentStockCode)) {
         if (!m_analysisFollowsStock && !m_currentStockCode.isEmpty() &&
-            m_lastAnalysisCodeAsked != m_currentStockCode)
+            m_analysisQueries.lastCode() != m_currentStockCode)
             queryMoveAnalysis(m_currentStockCode);
         return;
     }

@@ -88,7 +88,7 @@ void ServiceMarketTest::theFiguresAreToldWhole()
 {
     const QJsonObject reply = data();
     QCOMPARE(reply.value(QLatin1String("market_stats")).toObject(), json(R"(
-{"trading_date":"2024-08-08","update_time":"2024-08-08T10:30:00","rise_count":2813,"fall_count":2445,
+{"trading_date":"2024-08-08","update_time":"2024-08-08T10:30:00","rise_count":2814,"fall_count":2444,
  "limit_up_count":11,"limit_down_count":0,"consecutive_board_count":0,"broken_board_count":7,
  "yesterday_board_count":5,"board_promotion_rate":0.0,"board_open_premium_rate":-1.15,
  "first_board_open_premium_rate":-0.97,"board_premium_rate":-1.82,"first_board_premium_rate":0.9,

@@ -42,6 +42,7 @@ private slots:
     void fieldRefusesATwentyFirstCharacter();
     void shortReasonIsRefused_data();
     void shortReasonIsRefused();
+    void dialogMayGoWithTheRefusalOpen();
     void blanksAroundTheReasonAreNotPartOfIt();
     void escapeLeavesWithoutAReason();
     void tabGoesInReadingOrder();
@@ -228,7 +229,7 @@ void TestAddToBlacklistDialog::shortReasonIsRefused()
     WindowInput::type(m_dialog.get(), typed);
     const BoxAnswer answer(text("OK"));
     WindowInput::press(m_dialog.get(), Qt::Key_Return);
-    QVERIFY(answer.shown());
+    QTRY_VERIFY(answer.shown());
     QCOMPARE(answer.icon(), QMessageBox::Warning);
     QCOMPARE(answer.title(), text("输入错误"));
     QCOMPARE(answer.text(), text("原因至少需要3个字"));
@@ -236,6 +237,14 @@ void TestAddToBlacklistDialog::shortReasonIsRefused()
     QCOMPARE(field()->text(), typed);
     QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));
     QTRY_VERIFY(field()->hasFocus());
+}
+
+void TestAddToBlacklistDialog::dialogMayGoWithTheRefusalOpen()
+{
+    WindowInput::press(m_dialog.get(), Qt::Key_Return);
+    QTRY_VERIFY(qobject_cast<QMessageBox *>(QApplication::activeModalWidget()));
+    m_dialog.reset();
+    QVERIFY(!QApplication::activeModalWidget());
 }
 
 void TestAddToBlacklistDialog::blanksAroundTheReasonAreNotPartOfIt()

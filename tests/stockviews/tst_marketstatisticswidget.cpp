@@ -796,6 +796,9 @@ void TestMarketStatisticsWidget::clearedRankingComesBackWithNewRows()
     // Another skin does not bring back what has gone.
     QApplication::setPalette(MainWindowSkin::darkPalette());
     QVERIFY(rankingTexts().join(QString()).isEmpty());
+    // Nor do accepted settings.
+    m_page->applyFontSettings();
+    QVERIFY(!table()->showGrid());
     receive({}, MarketAnswers::ranking(m_day));
     QVERIFY(table()->showGrid());
     QCOMPARE(table()->item(0, 1)->text(), text("云雀股份"));

@@ -43,6 +43,7 @@ private slots:
     void linksAreWhereTheyAreSeen();
     void pressGoesOnToThePage();
     void lineThatIsTooLongEvenSoStandsInAToolTip();
+    void toolTipIsNoMarkup();
     void ownToolTipIsShownFirst();
     void aLongTextTakesNoRoomOfItsNeighbours();
     void badgeHasRoomAndRoundCorners();
@@ -181,6 +182,17 @@ void TestNameLabel::lineThatIsTooLongEvenSoStandsInAToolTip()
     m_label->setText(line(QStringLiteral("贵州茅台"), QStringLiteral("平安银行")));
     m_label->resize(writtenWidth() / 3, lineHeight);
     QCOMPARE(toolTipShown(), QStringLiteral("贵州茅台 和 平安银行"));
+}
+
+void TestNameLabel::toolTipIsNoMarkup()
+{
+    m_label->setText(line(QStringLiteral("AT&amp;T &gt; 5"), QStringLiteral("平安银行")));
+    m_label->resize(writtenWidth() / 3, lineHeight);
+    QCOMPARE(toolTipShown(), QStringLiteral("AT&T > 5 和 平安银行"));
+    m_label->setText(line(QStringLiteral("&lt;b&gt;贵州茅台&lt;/b&gt;"), QStringLiteral("平安银行")));
+    QTextDocument seen;
+    seen.setHtml(toolTipShown());
+    QCOMPARE(seen.toPlainText(), QStringLiteral("<b>贵州茅台</b> 和 平安银行"));
 }
 
 void TestNameLabel::ownToolTipIsShownFirst()

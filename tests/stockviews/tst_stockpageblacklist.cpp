@@ -399,7 +399,7 @@ void TestStockPageBlacklist::shortReasonIsNotSentAndTwentyCharactersAre()
         WindowInput::type(&dialog, QStringLiteral("  ab  "));
         const BoxAnswer refused(ok);
         WindowInput::press(&dialog, Qt::Key_Return);
-        QVERIFY(refused.shown());
+        QTRY_VERIFY(refused.shown());
         QCOMPARE(refused.title(), QStringLiteral("输入错误"));
         QCOMPARE(refused.text(), QStringLiteral("原因至少需要3个字"));
         QVERIFY(dialog.isVisible());

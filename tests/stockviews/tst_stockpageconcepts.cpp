@@ -239,6 +239,32 @@ private slots:
         QCOMPARE(page.service.targets(themesPath).size(), 4);
     }
 
+    void noConceptsOfAStockThatWasLeftAreNoneOfTheNext()
+    {
+        StockPageFixture page;
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+        page.service.answerPath(themesPath, RawAnswer::hold());
+        RawHttpServer &server = page.service.server();
+        page.openInTdx("002607");
+        page.tick();
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        page.openInTdx("688981");
+        page.tick();
+        QTRY_COMPARE(server.heldRequests().size(), 2);
+        const QList<int> held = server.heldRequests();
+        QVERIFY(
+            server.release(held.last(), themesAnswer(QStringLiteral("688981"), {QStringLiteral("芯片")})));
+        QTRY_COMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
+        QSignalSpy answered(page.page->findChild<QNetworkAccessManager *>(),
+                            &QNetworkAccessManager::finished);
+        QVERIFY(server.release(held.first(), themesAnswer(QStringLiteral("002607"), {})));
+        QVERIFY(answered.wait());
+        QCOMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
+    }
+
     void aPanelThatIsClosedBeforeItsAnswerComesStaysClosed()
     {
         StockPageFixture page;

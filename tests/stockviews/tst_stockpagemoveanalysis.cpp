@@ -1,6 +1,7 @@
 #include "desktop/HotkeyHolder.h"
 #include "desktop/XTestKeyboard.h"
 #include "settings/ConfigManager.h"
+#include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/DynamicAnalysisDialog.h"
 #include "stockviews/StockPageFixture.h"
@@ -230,6 +231,27 @@ private slots:
         const QString before = page.shown();
         QVERIFY2(!before.contains(QStringLiteral("机器人")), qPrintable(before));
         QTRY_VERIFY(page.shown().contains(QStringLiteral("保险")));
+    }
+
+    void noAnalysisOfAStockThatWasLeftIsNoneOfTheNext()
+    {
+        MovePage page;
+        page.showStock("600519");
+        page.press();
+        QTRY_VERIFY(page.isOpen());
+        RawHttpServer &server = page.service.server();
+        page.service.answerPath(analysisPath, RawAnswer::hold());
+        page.showStock("300001");
+        QTRY_COMPARE(server.heldRequests().size(), 1);
+        page.showStock("600036");
+        QTRY_COMPARE(server.heldRequests().size(), 2);
+        QVERIFY(server.release(server.heldRequests().last(), found("600036", "银行")));
+        QTRY_VERIFY(page.shown().contains(QStringLiteral("银行")));
+        QSignalSpy answered(page.page->findChild<StockApiClient *>(),
+                            &StockApiClient::dynamicAnalysisReceived);
+        QVERIFY(server.release(server.heldRequests().first(), answer({})));
+        QVERIFY(answered.wait());
+        QVERIFY2(page.shown().contains(QStringLiteral("银行")), qPrintable(page.shown()));
     }
 
     void aPanelAskedForOnAStockThatWasLeftOpensOnTheNextOne()

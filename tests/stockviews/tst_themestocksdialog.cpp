@@ -4,13 +4,16 @@
 #include "support/IsolatedHome.h"
 
 #include <QApplication>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTextDocument>
 #include <QTimer>
+#include <QToolTip>
 #include <QWindow>
 
 #include <memory>
@@ -281,6 +284,31 @@ private slots:
             QCOMPARE(label->textFormat(), Qt::PlainText);
             QVERIFY2(label->text().contains(markup), kind);
         }
+    }
+
+    void aChipThatIsCutTellsItsNameAsItWasSent_data()
+    {
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("ampersand") << QStringLiteral("A&B > C 的供给侧结构性改革与高端装备国产替代概念");
+        QTest::newRow("markup") << QStringLiteral("<b>供给侧结构性改革</b>与高端装备国产替代及配套概念");
+    }
+
+    void aChipThatIsCutTellsItsNameAsItWasSent()
+    {
+        QFETCH(const QString, sent);
+        settings()->setThemeWidth(300);
+        open({theme(sent, QString())});
+        QLabel *chip = labels("themeChip").first();
+        const QPoint place = chip->rect().center();
+        QHelpEvent event(QEvent::ToolTip, place, chip->mapToGlobal(place));
+        QApplication::sendEvent(chip, &event);
+        const QString tip = QToolTip::text();
+        QTextDocument seen;
+        if (Qt::mightBeRichText(tip))
+            seen.setHtml(tip);
+        else
+            seen.setPlainText(tip);
+        QCOMPARE(seen.toPlainText(), sent);
     }
 
     void chipsWrapWithTheWidthOfThePanel()
