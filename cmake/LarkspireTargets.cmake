@@ -68,8 +68,8 @@ function(larkspire_reuse_precompiled target owner)
     endif()
     # Unoptimised code holds every inline function of its headers, and those want linking.
     target_link_libraries(${target} PRIVATE $<LINK_ONLY:Qt5::Widgets> $<LINK_ONLY:Qt5::Network>)
-    # So that a compiler cache sees which header it was.
-    target_compile_options(${target} PRIVATE -fpch-preprocess)
+    # Unoptimised as the header is; and so that a compiler cache sees which header it was.
+    target_compile_options(${target} PRIVATE -O0 -fpch-preprocess)
   endif()
 endfunction()
 
