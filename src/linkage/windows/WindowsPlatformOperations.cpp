@@ -120,6 +120,10 @@ void WindowsPlatformOperations::closeProcess(ProcessHandle process)
 
 std::optional<std::u16string> WindowsPlatformOperations::processImagePath(ProcessHandle process)
 {
+    // Windows has no path for a process that has ended, though others still hold it; Wine would give one.
+    DWORD exitCode = STILL_ACTIVE;
+    if (GetExitCodeProcess(toSystem(process), &exitCode) && exitCode != STILL_ACTIVE)
+        return std::nullopt;
     std::array<wchar_t, pathLength> path = {};
     DWORD length = pathLength;
     if (!QueryFullProcessImageNameW(toSystem(process), 0, path.data(), &length))
