@@ -3,7 +3,6 @@
 #include "stockviews/StockRendering.h"
 
 #include <QLatin1String>
-#include <QTextDocument>
 
 namespace {
 
@@ -21,10 +20,7 @@ bool hasName(const QString &name, const QString &code)
 
 QString reasonToolTip(const QString &reason)
 {
-    const QString text =
-        reason.isEmpty() ? QStringLiteral("已在黑名单中") : QStringLiteral("已在黑名单中：") + reason;
-    // A tool tip takes for HTML what looks like it.
-    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
+    return reason.isEmpty() ? QStringLiteral("已在黑名单中") : QStringLiteral("已在黑名单中：") + reason;
 }
 
 // Without padding, which would leave no room for the text.

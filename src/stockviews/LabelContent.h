@@ -13,7 +13,7 @@ struct LabelContent
     /// The label's whole style sheet, empty for the plain look. Without a value the label keeps the one it
     /// has.
     std::optional<QString> style;
-    /// Plain text: what the label cannot show whole. Empty takes the tool tip away.
+    /// Plain text, whatever it looks like: what the label cannot show whole. Empty takes the tool tip away.
     QString toolTip;
 };
 

@@ -1,5 +1,6 @@
 #include "stockviews/StockAnalysisUi.h"
 
+#include "newsclient/ServiceWords.h"
 #include "stockviews/ElidingLabel.h"
 #include "stockviews/NameLabel.h"
 #include "stockviews/StockPortals.h"
@@ -417,5 +418,5 @@ void StockAnalysisUi::showContent(const QString &name, const LabelContent &conte
         if (label->text() != content.text)
             label->setText(content.text);
     }
-    label->setToolTip(content.toolTip);
+    label->setToolTip(ServiceWords::asSent(content.toolTip));
 }

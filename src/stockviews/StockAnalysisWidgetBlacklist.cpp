@@ -1,6 +1,7 @@
 // The blacklist on the stock page: its button, its mark beside the stock's name, and what is asked.
 
 #include "accounts/AuthManager.h"
+#include "newsclient/ServiceWords.h"
 #include "stockclient/StockApiClient.h"
 #include "stockviews/AddToBlacklistDialog.h"
 #include "stockviews/BlacklistRules.h"
@@ -90,7 +91,7 @@ void StockAnalysisWidget::updateBlacklistDisplay()
     const LabelContent button =
         listed ? BlacklistRules::listedButton(reason) : BlacklistRules::unlistedButton();
     m_ui->blacklistButton->setText(button.text);
-    m_ui->blacklistButton->setToolTip(button.toolTip);
+    m_ui->blacklistButton->setToolTip(ServiceWords::asSent(button.toolTip));
     m_ui->blacklistButton->setAccessibleName(button.toolTip);
     if (m_ui->blacklistButton->styleSheet() != *button.style)
         m_ui->blacklistButton->setStyleSheet(*button.style);

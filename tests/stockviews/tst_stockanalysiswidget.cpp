@@ -7,6 +7,7 @@
 #include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/NameLabel.h"
+#include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockPageFixture.h"
 #include "stockviews/StockRendering.h"
@@ -101,6 +102,31 @@ class tst_StockAnalysisWidget : public QObject
     }
 
 private slots:
+    void toolTipsShowWhatTheServiceSentAsItIs_data()
+    {
+        QTest::addColumn<QString>("label");
+        QTest::newRow("business") << QStringLiteral("businessLabel");
+        QTest::newRow("signals") << QStringLiteral("trendSignalsLabel");
+        QTest::newRow("name") << QStringLiteral("companyNameLabel");
+    }
+
+    void toolTipsShowWhatTheServiceSentAsItIs()
+    {
+        QFETCH(const QString, label);
+        const QString markup = QStringLiteral("<b>白酒</b> & <img src='file:///etc/passwd'>");
+        QWidget page;
+        StockAnalysisUi ui;
+        ui.setupUi(&page);
+        ui.showContent(label, {QStringLiteral("白酒"), QString(), markup});
+        const QString tip = page.findChild<QLabel *>(label)->toolTip();
+        QVERIFY(Qt::mightBeRichText(tip));
+        QTextDocument seen;
+        seen.setHtml(tip);
+        QCOMPARE(seen.toPlainText(), markup);
+        ui.showContent(label, {QStringLiteral("白酒"), QString(), QStringLiteral("白酒 & 啤酒")});
+        QCOMPARE(page.findChild<QLabel *>(label)->toolTip(), QStringLiteral("白酒 & 啤酒"));
+    }
+
     void initTestCase()
     {
         QVERIFY(RecordingHotkeyBackend::install());
