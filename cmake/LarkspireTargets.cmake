@@ -40,8 +40,9 @@ target_compile_definitions(larkspire_qt_flags INTERFACE
   QT_STRICT_ITERATORS
   QT_DEPRECATED_WARNINGS)
 
-# With LARKSPIRE_PRECOMPILE the headers of Qt are read once for all tests, and for all of the desktop where it is built
-# without optimising. The optimised desktop is always built from its own include lines, which shows a missing one.
+# With LARKSPIRE_PRECOMPILE the headers of Qt are read once for all tests, for all of the desktop where it is built
+# without optimising, and for all of it for Windows. The optimised desktop of this system is always built from its own
+# include lines, which shows a missing one.
 #
 # A header compiled ahead fits only sources that agree on every macro it was made with: so none of Qt's markers of a
 # linked module stands in it but the core's, and QtTest, which asks for them, is left out.
@@ -66,10 +67,13 @@ function(larkspire_reuse_precompiled target owner)
       set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/mocs_compilation.cpp"
         PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     endif()
-    # Unoptimised code holds every inline function of its headers, and those want linking.
-    target_link_libraries(${target} PRIVATE $<LINK_ONLY:Qt5::Widgets> $<LINK_ONLY:Qt5::Network>)
-    # Unoptimised as the header is; and so that a compiler cache sees which header it was.
-    target_compile_options(${target} PRIVATE -O0 -fpch-preprocess)
+    # So that a compiler cache sees which header it was.
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+    if(owner STREQUAL larkspire_unoptimised_qt)
+      target_compile_options(${target} PRIVATE -O0)
+      # Unoptimised code holds every inline function of its headers, and those want linking.
+      target_link_libraries(${target} PRIVATE $<LINK_ONLY:Qt5::Widgets> $<LINK_ONLY:Qt5::Network>)
+    endif()
   endif()
 endfunction()
 
@@ -82,6 +86,8 @@ function(larkspire_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE larkspire_qt_flags ${ARG_LINK_PRIVATE})
   if(LARKSPIRE_SANITIZE)
     larkspire_reuse_precompiled(${name} larkspire_unoptimised_qt)
+  elseif(WIN32)
+    larkspire_reuse_precompiled(${name} larkspire_optimised_qt)
   endif()
 endfunction()
 
@@ -160,6 +166,7 @@ function(larkspire_windows_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
     target_compile_options(${name} PRIVATE -O0)
+    larkspire_reuse_precompiled(${name} larkspire_unoptimised_qt)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_dependencies(windows_side ${name})
     return()
