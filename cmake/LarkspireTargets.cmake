@@ -45,7 +45,8 @@ target_compile_definitions(larkspire_qt_flags INTERFACE
 # include lines, which shows a missing one.
 #
 # A header compiled ahead fits only sources that agree on every macro it was made with: so none of Qt's markers of a
-# linked module stands in it but the core's, and QtTest, which asks for them, is left out.
+# linked module stands in it but the core's, and QtTest, which asks for them, is left out. With the headers of widgets at
+# hand `qApp` casts to QApplication: code below the widgets asks for QCoreApplication::instance().
 function(larkspire_precompiled_qt owner)
   file(WRITE "${CMAKE_BINARY_DIR}/${owner}.cpp" "")
   add_library(${owner} STATIC "${CMAKE_BINARY_DIR}/${owner}.cpp")

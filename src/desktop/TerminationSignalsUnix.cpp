@@ -44,10 +44,11 @@ TerminationSignals::TerminationSignals() : m_private(std::make_unique<Private>()
     }
     writeEnd = m_private->ends[0];
     m_private->notifier = std::make_unique<QSocketNotifier>(m_private->ends[1], QSocketNotifier::Read);
-    QObject::connect(m_private->notifier.get(), &QSocketNotifier::activated, qApp, [this] {
-        m_private->notifier->setEnabled(false);
-        QCoreApplication::quit();
-    });
+    QObject::connect(m_private->notifier.get(), &QSocketNotifier::activated, QCoreApplication::instance(),
+                     [this] {
+                         m_private->notifier->setEnabled(false);
+                         QCoreApplication::quit();
+                     });
     struct sigaction action = {};
     action.sa_handler = onSignal;
     // Once: the second signal does what the system does by itself.

@@ -21,7 +21,7 @@ private slots:
 
 void TestEventLoopGuard::aCleanEndReturnsTheLoopsCode()
 {
-    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(5); });
+    QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::exit(5); });
     QCOMPARE(EventLoopGuard::exec(), 5);
 }
 
@@ -38,7 +38,7 @@ void TestEventLoopGuard::anExceptionIsShownAndEndsWithOne()
 {
     QFETCH(bool, standard);
 
-    QTimer::singleShot(0, qApp, [standard] {
+    QTimer::singleShot(0, QCoreApplication::instance(), [standard] {
         if (standard)
             throw std::runtime_error("行情中断");
         throw 5;
