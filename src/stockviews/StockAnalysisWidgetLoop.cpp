@@ -87,8 +87,13 @@ void StockAnalysisWidget::loadOffset()
     dropConfigConnections();
     m_configReceived = connect(m_apiClient, &StockApiClient::stockHelperConfigReceived, this,
                                &StockAnalysisWidget::onHelperConfigReceived);
+    // An error of another request that is under way is no answer to this one; one of the client's own, as a
+    // request that takes too long, names no request.
     m_configFailed = connect(m_apiClient, &StockApiClient::queryError, this,
-                             [this](const QString &error) { onHelperConfigFailed(error); });
+                             [this](const QString &error, const QString &requestType) {
+                                 if (requestType.isEmpty() || requestType == QLatin1String("configLoad"))
+                                     onHelperConfigFailed(error);
+                             });
     m_apiClient->getStockHelperConfig();
 }
 

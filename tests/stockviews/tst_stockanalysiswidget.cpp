@@ -308,6 +308,25 @@ private slots:
         QTRY_VERIFY(!box);
     }
 
+    void anErrorOfAnotherRequestIsNoAnswerToTheConfiguration()
+    {
+        StockPageFixture page;
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
+        page.openPage();
+        page.switchOn();
+        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        page.page->findChild<StockApiClient *>()->checkBlacklist(QStringLiteral("600519"));
+        QTRY_VERIFY(page.status().startsWith(QStringLiteral("查询失败")));
+        QVERIFY(page.page->findChild<QMessageBox *>() == nullptr);
+        QVERIFY(page.service.server().release(
+            page.service.server().heldRequests().first(),
+            RawAnswer::json({{QStringLiteral("success"), true},
+                             {QStringLiteral("data"), QJsonObject{{QStringLiteral("tdx_offset_addr"),
+                                                                   StockPageFixture::tdxOffset}}}})));
+        QTRY_VERIFY(page.page->isMonitoring());
+    }
+
     void aRefusedConfigurationStopsALoopThatWasStartedMeanwhile()
     {
         StockPageFixture page;
