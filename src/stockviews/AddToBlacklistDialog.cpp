@@ -2,11 +2,11 @@
 
 #include "settings/InputField.h"
 #include "stockviews/BlacklistRules.h"
+#include "stockviews/OpenedBox.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -116,10 +116,6 @@ void AddToBlacklistDialog::accept()
         QDialog::accept();
         return;
     }
-    // Not run in a loop of its own: the page may go while it is open, and takes it along.
-    auto *box =
-        new QMessageBox(QMessageBox::Warning, QStringLiteral("输入错误"), problem, QMessageBox::Ok, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
+    const QMessageBox *box = openBox(this, QMessageBox::Warning, QStringLiteral("输入错误"), problem);
     connect(box, &QDialog::finished, m_reasonLineEdit, [this] { m_reasonLineEdit->setFocus(); });
-    box->open();
 }

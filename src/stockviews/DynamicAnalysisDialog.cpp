@@ -4,12 +4,12 @@
 #include "stockclient/StockApiClient.h"
 #include "stockviews/DynamicAnalysisEntryDialog.h"
 #include "stockviews/DynamicAnalysisText.h"
+#include "stockviews/OpenedBox.h"
 #include "stockviews/PanelPlacement.h"
 #include "stockviews/ThemePanelLook.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextBrowser>
@@ -158,7 +158,8 @@ void DynamicAnalysisDialog::onAnchorClicked(const QUrl &url)
 void DynamicAnalysisDialog::onManualInputClicked()
 {
     if (m_record.stockCode.isEmpty()) {
-        showWarning(QStringLiteral("提示"), QStringLiteral("当前股票代码为空，无法录入异动信息"));
+        openBox(this, QMessageBox::Warning, QStringLiteral("提示"),
+                QStringLiteral("当前股票代码为空，无法录入异动信息"));
         return;
     }
     // The panel may go on to another stock while the user writes about this one.
@@ -182,7 +183,8 @@ void DynamicAnalysisDialog::save(const DynamicAnalysisRecord &record)
     const auto fail = [this, client](const QString &message) {
         client->disconnect(this);
         client->deleteLater();
-        showWarning(QStringLiteral("错误"), message.isEmpty() ? QStringLiteral("保存失败") : message);
+        openBox(this, QMessageBox::Warning, QStringLiteral("错误"),
+                message.isEmpty() ? QStringLiteral("保存失败") : message);
     };
     connect(client, &StockApiClient::dynamicAnalysisSaved, this,
             [this, client, record, fail](bool success, const QString &message) {
@@ -198,13 +200,4 @@ void DynamicAnalysisDialog::save(const DynamicAnalysisRecord &record)
             });
     connect(client, &StockApiClient::queryError, this, fail);
     client->saveDynamicAnalysis(record);
-}
-
-void DynamicAnalysisDialog::showWarning(const QString &title, const QString &text)
-{
-    // Not run in a loop of its own: the page may go while it is open, and takes it along.
-    auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, this);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
 }

@@ -49,7 +49,6 @@ private:
     void adjustHeight();
     /// Sends the analysis to the service and shows it when it has been stored.
     void save(const DynamicAnalysisRecord &record);
-    void showWarning(const QString &title, const QString &text);
 
     std::function<QDate()> m_today;
     DynamicAnalysisRecord m_record;

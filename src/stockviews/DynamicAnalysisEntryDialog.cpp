@@ -1,6 +1,7 @@
 #include "stockviews/DynamicAnalysisEntryDialog.h"
 
 #include "stockviews/DynamicAnalysisText.h"
+#include "stockviews/OpenedBox.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -8,7 +9,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QTextEdit>
@@ -102,11 +102,7 @@ void DynamicAnalysisEntryDialog::accept()
         QDialog::accept();
         return;
     }
-    // Not run in a loop of its own: the page may go while it is open, and takes it along.
-    auto *box =
-        new QMessageBox(QMessageBox::Warning, QStringLiteral("输入错误"), problem, QMessageBox::Ok, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
+    const QMessageBox *box = openBox(this, QMessageBox::Warning, QStringLiteral("输入错误"), problem);
     QWidget *missing = title().isEmpty() ? static_cast<QWidget *>(m_titleEdit) : m_contentEdit;
     connect(box, &QDialog::finished, missing, [missing] { missing->setFocus(); });
-    box->open();
 }

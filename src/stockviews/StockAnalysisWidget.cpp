@@ -243,16 +243,6 @@ void StockAnalysisWidget::showStatus(const QString &text, const QString &style)
     m_ui->statusLabel->setText(text);
 }
 
-QMessageBox *StockAnalysisWidget::openBox(QMessageBox::Icon icon, const QString &title, const QString &text,
-                                          QMessageBox::StandardButtons buttons)
-{
-    auto *box = new QMessageBox(icon, title, text, buttons, this);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
-    return box;
-}
-
 void StockAnalysisWidget::onLinkageComboBoxChanged(int index)
 {
     m_linkageMode = index;

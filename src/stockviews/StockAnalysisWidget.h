@@ -6,7 +6,6 @@
 
 #include <QDateTime>
 #include <QMargins>
-#include <QMessageBox>
 #include <QMetaObject>
 #include <QPoint>
 #include <QPointer>
@@ -142,10 +141,6 @@ private:
     void connectClient();
     void readState();
     void showStatus(const QString &text, const QString &style = QString());
-    /// Opens a box of plain text without waiting for its answer: it comes up from within the handling of a
-    /// reply, whose client may end while it stands.
-    QMessageBox *openBox(QMessageBox::Icon icon, const QString &title, const QString &text,
-                         QMessageBox::StandardButtons buttons = QMessageBox::Ok);
     QString successStyle() const;
     void showSoftware();
     bool switchSoftware();

@@ -5,12 +5,12 @@
 #include "stockclient/StockApiClient.h"
 #include "stockviews/AddToBlacklistDialog.h"
 #include "stockviews/BlacklistRules.h"
+#include "stockviews/OpenedBox.h"
 #include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockAnalysisWidget.h"
 #include "stockviews/StockBlacklist.h"
 
 #include <QIcon>
-#include <QMessageBox>
 #include <QPushButton>
 
 void StockAnalysisWidget::setupBlacklist()
@@ -25,10 +25,10 @@ void StockAnalysisWidget::setupBlacklist()
     connect(m_blacklist, &StockBlacklist::additionAsked, this,
             &StockAnalysisWidget::showAddToBlacklistDialog);
     connect(m_blacklist, &StockBlacklist::done, this, [this](const QString &message) {
-        openBox(QMessageBox::Information, QStringLiteral("成功"), message);
+        openBox(this, QMessageBox::Information, QStringLiteral("成功"), message);
     });
     connect(m_blacklist, &StockBlacklist::failed, this, [this](const QString &message) {
-        openBox(QMessageBox::Warning, QStringLiteral("失败"), message);
+        openBox(this, QMessageBox::Warning, QStringLiteral("失败"), message);
     });
 }
 
@@ -106,7 +106,7 @@ void StockAnalysisWidget::updateBlacklistDisplay()
 
 void StockAnalysisWidget::askForRemoval(const QString &question)
 {
-    QMessageBox *box = openBox(QMessageBox::Question, QStringLiteral("黑名单管理"), question,
+    QMessageBox *box = openBox(this, QMessageBox::Question, QStringLiteral("黑名单管理"), question,
                                QMessageBox::Yes | QMessageBox::No);
     box->button(QMessageBox::Yes)->setText(QStringLiteral("是"));
     box->button(QMessageBox::No)->setText(QStringLiteral("否"));

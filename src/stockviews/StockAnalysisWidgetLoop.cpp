@@ -10,6 +10,7 @@
 #include "stockclient/StockApiClient.h"
 #include "stockclient/StockApiConfig.h"
 #include "stockviews/LimitUpPopup.h"
+#include "stockviews/OpenedBox.h"
 #include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockBlacklist.h"
 #include "stockviews/StockPageRules.h"
@@ -18,7 +19,6 @@
 #include <QCheckBox>
 #include <QJsonObject>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QTimer>
@@ -111,7 +111,7 @@ void StockAnalysisWidget::onHelperConfigReceived(const QJsonObject &config)
         startAutoRefresh();
         return;
     }
-    openBox(QMessageBox::Warning, QStringLiteral("配置未完成"),
+    openBox(this, QMessageBox::Warning, QStringLiteral("配置未完成"),
             QStringLiteral("请先在股票助手设置中测试并保存%1配置")
                 .arg(StockPageRules::softwareWord(m_currentSoftware)));
     refuseAutoRefresh(QStringLiteral("配置未完成，请先设置股票助手"));
@@ -120,7 +120,7 @@ void StockAnalysisWidget::onHelperConfigReceived(const QJsonObject &config)
 void StockAnalysisWidget::onHelperConfigFailed(const QString &error)
 {
     dropConfigConnections();
-    openBox(QMessageBox::Warning, QStringLiteral("加载配置失败"),
+    openBox(this, QMessageBox::Warning, QStringLiteral("加载配置失败"),
             QStringLiteral("无法从服务器加载配置：%1\n\n请检查网络连接或手动打开股票助手设置").arg(error));
     refuseAutoRefresh(QStringLiteral("加载配置失败，请检查网络连接"));
 }
