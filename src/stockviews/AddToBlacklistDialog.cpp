@@ -2,12 +2,11 @@
 
 #include "settings/InputField.h"
 #include "stockviews/BlacklistRules.h"
+#include "stockviews/ConfirmButtons.h"
 #include "stockviews/OpenedBox.h"
 
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QLabel>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -55,14 +54,6 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
     m_reasonLineEdit->setMaxLength(BlacklistRules::LongestReason);
     reasonCaption->setBuddy(m_reasonLineEdit);
 
-    auto *buttons = new QDialogButtonBox;
-    QPushButton *confirm = buttons->addButton(QStringLiteral("加入黑名单"), QDialogButtonBox::AcceptRole);
-    confirm->setObjectName(QStringLiteral("confirmButton"));
-    confirm->setDefault(true);
-    QPushButton *cancel = buttons->addButton(QStringLiteral("取消"), QDialogButtonBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancelButton"));
-    cancel->setAutoDefault(false);
-
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeLabel(QStringLiteral("stockLabel"),
                                 BlacklistRules::dialogHeading(stockName, stockCode),
@@ -78,13 +69,11 @@ AddToBlacklistDialog::AddToBlacklistDialog(const QString &stockName, const QStri
                                 QStringLiteral("💡 提示：可从上方快速选择，也可以自由编辑或完全自定义原因")));
     layout->addSpacing(GroupSpacing);
     layout->addStretch();
-    layout->addWidget(buttons);
+    layout->addWidget(makeConfirmButtons(this, QStringLiteral("加入黑名单")));
 
     connect(m_quickReasonComboBox, QOverload<int>::of(&QComboBox::activated), this,
             &AddToBlacklistDialog::onQuickReasonActivated);
     connect(m_reasonLineEdit, &QLineEdit::textChanged, this, &AddToBlacklistDialog::showCount);
-    connect(buttons, &QDialogButtonBox::accepted, this, &AddToBlacklistDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &AddToBlacklistDialog::reject);
     showCount(QString());
     m_reasonLineEdit->setFocus();
 }

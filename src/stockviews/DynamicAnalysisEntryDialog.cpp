@@ -1,11 +1,11 @@
 #include "stockviews/DynamicAnalysisEntryDialog.h"
 
+#include "stockviews/ConfirmButtons.h"
 #include "stockviews/DynamicAnalysisText.h"
 #include "stockviews/OpenedBox.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -49,28 +49,18 @@ DynamicAnalysisEntryDialog::DynamicAnalysisEntryDialog(const QString &title, QWi
     contentRow->addStretch();
     contentRow->addWidget(paste);
 
-    auto *buttons = new QDialogButtonBox;
-    QPushButton *confirm = buttons->addButton(QStringLiteral("确定"), QDialogButtonBox::AcceptRole);
-    confirm->setObjectName(QStringLiteral("confirmButton"));
-    confirm->setDefault(true);
-    QPushButton *cancel = buttons->addButton(QStringLiteral("取消"), QDialogButtonBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancelButton"));
-    cancel->setAutoDefault(false);
-
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(titleCaption);
     layout->addWidget(m_titleEdit);
     layout->addLayout(contentRow);
     layout->addWidget(m_contentEdit);
-    layout->addWidget(buttons);
+    layout->addWidget(makeConfirmButtons(this, QStringLiteral("确定")));
 
     const QScreen *screen = parent ? parent->window()->screen() : QGuiApplication::primaryScreen();
     setMaximumHeight(screen->geometry().height() - RoomAroundDialog);
     resize(DialogWidth, sizeHint().height());
 
     connect(paste, &QPushButton::clicked, this, &DynamicAnalysisEntryDialog::onPasteClicked);
-    connect(buttons, &QDialogButtonBox::accepted, this, &DynamicAnalysisEntryDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &DynamicAnalysisEntryDialog::reject);
     m_titleEdit->setFocus();
 }
 
