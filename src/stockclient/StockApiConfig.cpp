@@ -62,6 +62,16 @@ void StockApiConfig::refreshFromSettings()
     m_osInfo = DeviceIdentity::osInfo();
 }
 
+void StockApiConfig::takeLinkage(const QJsonObject &config)
+{
+    const auto text = [&config](QLatin1String key) { return config.value(key).toString(); };
+    setTdxOffset(text(QLatin1String("tdx_offset_addr")));
+    setThsOffset(text(QLatin1String("ths_offset_addr")));
+    setTdxVersion(text(QLatin1String("tdx_version")));
+    setThsVersion(text(QLatin1String("ths_version")));
+    setCurrentSoftware(text(QLatin1String("current_software")));
+}
+
 void StockApiConfig::loadFromServer()
 {
     if (!isValid())
@@ -69,12 +79,7 @@ void StockApiConfig::loadFromServer()
     auto *const client = new StockApiClient; // of no parent: each of its ends deletes it
     connect(client, &StockApiClient::stockHelperConfigReceived, this,
             [this, client](const QJsonObject &config) {
-                const auto text = [&config](QLatin1String key) { return config.value(key).toString(); };
-                setTdxOffset(text(QLatin1String("tdx_offset_addr")));
-                setThsOffset(text(QLatin1String("ths_offset_addr")));
-                setTdxVersion(text(QLatin1String("tdx_version")));
-                setThsVersion(text(QLatin1String("ths_version")));
-                setCurrentSoftware(text(QLatin1String("current_software")));
+                takeLinkage(config);
                 client->deleteLater();
             });
     connect(client, &StockApiClient::queryError, this, [client](const QString &error) {

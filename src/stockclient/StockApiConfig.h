@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+class QJsonObject;
+
 /// The one place in memory that knows where the stock service is, what this device tells it, and which
 /// trading program and which versions the user has set up for the linkage. A StockApiClient takes its values
 /// from here when it is built.
@@ -43,15 +45,19 @@ public:
     void setThsVersion(const QString &version);
     void setCurrentSoftware(const QString &software);
 
+    /// Takes the linkage values over from the service's answer, as StockApiClient::stockHelperConfigReceived
+    /// hands it on: as they come, empty ones too. A value that it lacks becomes empty.
+    void takeLinkage(const QJsonObject &config);
+
     /// Whether the service can be asked: there is an address, and the settings hold a session token.
     bool isValid() const;
 
     /// Reads the address, the key and the four device values again.
     void refreshFromSettings();
 
-    /// Fetches the linkage values from the service and takes them over as they come, empty ones too. Does
-    /// nothing while isValid() is false. On a failure everything stays as it is, and nothing is reported: the
-    /// values are asked for again where they are needed.
+    /// Fetches the linkage values from the service and takes them over as takeLinkage does. Does nothing
+    /// while isValid() is false. On a failure everything stays as it is, and nothing is reported: the values
+    /// are asked for again where they are needed.
     void loadFromServer();
 
 signals:

@@ -17,7 +17,6 @@
 #include "stockviews/ValueLabel.h"
 
 #include <QCheckBox>
-#include <QJsonObject>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -99,13 +98,7 @@ void StockAnalysisWidget::loadOffset()
 
 void StockAnalysisWidget::onHelperConfigReceived(const QJsonObject &config)
 {
-    const auto text = [&config](const char *key) { return config.value(QLatin1String(key)).toString(); };
-    StockApiConfig *shared = StockApiConfig::instance();
-    shared->setTdxOffset(text("tdx_offset_addr"));
-    shared->setThsOffset(text("ths_offset_addr"));
-    shared->setTdxVersion(text("tdx_version"));
-    shared->setThsVersion(text("ths_version"));
-    shared->setCurrentSoftware(text("current_software"));
+    StockApiConfig::instance()->takeLinkage(config);
     dropConfigConnections();
     if (!configuredOffset().isEmpty()) {
         startAutoRefresh();
