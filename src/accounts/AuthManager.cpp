@@ -71,6 +71,14 @@ void takeOver(QString &target, const QJsonObject &answer, QLatin1String key)
         target = text;
 }
 
+/// Copies the text under \p key where it is present, an empty one too: the names of an earlier user go.
+void copyPresent(QString &target, const QJsonObject &answer, QLatin1String key)
+{
+    const QJsonValue value = answer.value(key);
+    if (!value.isUndefined())
+        target = value.toString();
+}
+
 /// A header value that is sent even when it is empty: a null one would remove the header.
 QByteArray headerValue(const QString &text)
 {
@@ -475,8 +483,8 @@ void AuthManager::onApiKeyReplyFinished()
     if (answer->contains(QLatin1String("user_id")))
         m_user.userId = userIdOf(*answer);
     takeOver(m_user.deviceId, *answer, QLatin1String("device_id"));
-    takeOver(m_user.username, *answer, QLatin1String("username"));
-    takeOver(m_user.email, *answer, QLatin1String("email"));
+    copyPresent(m_user.username, *answer, QLatin1String("username"));
+    copyPresent(m_user.email, *answer, QLatin1String("email"));
     m_user.apiKey = m_credentials.apiKey;
     m_user.sessionToken = m_credentials.sessionToken;
     saveCredentials();

@@ -323,7 +323,7 @@ void LarkspireApp::applyConfig(bool showWindow)
     {
         // The slider shows whole percents; the exact volume stays in the configuration.
         const QSignalBlocker blocker(m_ui->volumeSlider);
-        m_ui->volumeSlider->setValue(static_cast<int>(m_config.ttsVolume * 100));
+        m_ui->volumeSlider->setValue(static_cast<int>(WindowRules::usableVolume(m_config.ttsVolume) * 100));
     }
     m_ui->volumeValueLabel->setText(QString::number(m_ui->volumeSlider->value()));
     m_ui->volumeValueLabel->hide();
@@ -344,12 +344,12 @@ void LarkspireApp::applyConfig(bool showWindow)
                                    DeviceIdentity::deviceType(), DeviceIdentity::osInfo(),
                                    ProgramVersion::text());
     }
-    m_refreshTimer->setInterval(effectiveRefreshInterval(m_config.refreshInterval) * 1000);
+    m_refreshTimer->setInterval(WindowRules::refreshTimerInterval(m_config.refreshInterval));
     if (m_customNotification)
         m_customNotification->setPosition(m_config.notificationPosition);
     if (m_speechManager) {
         m_speechManager->setEnabled(m_config.enableTts);
-        m_speechManager->setVolume(m_config.ttsVolume);
+        m_speechManager->setVolume(WindowRules::usableVolume(m_config.ttsVolume));
     }
     restartSpeechPump();
 }

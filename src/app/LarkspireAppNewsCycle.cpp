@@ -53,7 +53,7 @@ void LarkspireApp::setStatusText(const QString &text, const QString &style)
 void LarkspireApp::startRefreshTimer()
 {
     if (!m_refreshTimer->isActive())
-        m_refreshTimer->start(effectiveRefreshInterval(m_config.refreshInterval) * 1000);
+        m_refreshTimer->start(WindowRules::refreshTimerInterval(m_config.refreshInterval));
 }
 
 void LarkspireApp::refreshNews()
@@ -227,5 +227,5 @@ void LarkspireApp::onDeviceLimitExceeded(const QString &message)
 void LarkspireApp::onRefreshIntervalChanged(int interval)
 {
     m_config.refreshInterval = effectiveRefreshInterval(interval);
-    m_refreshTimer->setInterval(m_config.refreshInterval * 1000);
+    m_refreshTimer->setInterval(WindowRules::refreshTimerInterval(m_config.refreshInterval));
 }

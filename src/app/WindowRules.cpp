@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
 
 namespace WindowRules {
 
@@ -17,6 +18,19 @@ int effectiveRefreshInterval(int configuredSeconds)
 {
     constexpr int minimumSeconds = 10;
     return std::max(configuredSeconds, minimumSeconds);
+}
+
+int refreshTimerInterval(int configuredSeconds)
+{
+    constexpr int millisecondsPerSecond = 1000;
+    constexpr int longestSeconds = std::numeric_limits<int>::max() / millisecondsPerSecond;
+    return std::min(effectiveRefreshInterval(configuredSeconds), longestSeconds) * millisecondsPerSecond;
+}
+
+double usableVolume(double configured)
+{
+    // Not a number fails every comparison and counts as silence.
+    return configured > 0.0 ? std::min(configured, 1.0) : 0.0;
 }
 
 QPoint volumeTipPosition(const SliderState &slider, QSize tip, QPoint windowOrigin, int windowWidth)

@@ -17,6 +17,12 @@ Qt::WindowFlags flagsAfterTopMostToggle(Qt::WindowFlags flags, bool enabled);
 /// The seconds between two ticks of the news cycle: as configured, but never below ten.
 int effectiveRefreshInterval(int configuredSeconds);
 
+/// The same for a timer, in milliseconds; at most what a timer can count, which is more than 24 days.
+int refreshTimerInterval(int configuredSeconds);
+
+/// A volume between 0.0 and 1.0, whatever somebody has written into the settings file.
+double usableVolume(double configured);
+
 /// Where a volume slider stands and what it shows.
 struct SliderState
 {

@@ -3,6 +3,7 @@
 #include "stockviews/StockRendering.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -208,6 +209,13 @@ int sectionSize(int fontSize)
 int effectiveRefreshInterval(int seconds)
 {
     return qMax(seconds, ShortestInterval);
+}
+
+int refreshTimerInterval(int seconds)
+{
+    constexpr int millisecondsPerSecond = 1000;
+    constexpr int longestSeconds = std::numeric_limits<int>::max() / millisecondsPerSecond;
+    return qMin(effectiveRefreshInterval(seconds), longestSeconds) * millisecondsPerSecond;
 }
 
 } // namespace MarketRendering

@@ -82,4 +82,7 @@ int sectionSize(int fontSize);
 /// The seconds between two refreshes: the configured ones, never below ten.
 int effectiveRefreshInterval(int seconds);
 
+/// The same for a timer, in milliseconds; at most what a timer can count, which is more than 24 days.
+int refreshTimerInterval(int seconds);
+
 } // namespace MarketRendering

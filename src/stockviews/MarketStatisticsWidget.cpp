@@ -111,7 +111,7 @@ void MarketStatisticsWidget::startRefreshTimer()
     if (seconds != configured)
         qWarning("刷新间隔小于10秒，已调整为10秒");
     m_refreshTimer->stop();
-    m_refreshTimer->start(seconds * 1000);
+    m_refreshTimer->start(MarketRendering::refreshTimerInterval(configured));
 }
 
 void MarketStatisticsWidget::onRefreshTimerTimeout()

@@ -51,6 +51,8 @@ private slots:
     void aRefusedKeyIsToldInTheServicesWords();
     void whatAKeyReplyLeavesOutStaysAsItIs_data();
     void whatAKeyReplyLeavesOutStaysAsItIs();
+    void theNamesOfAKeyReplyReplaceThoseOfAnEarlierUser_data();
+    void theNamesOfAKeyReplyReplaceThoseOfAnEarlierUser();
     void aCreatedAccountIsToldByTheMessage_data();
     void aCreatedAccountIsToldByTheMessage();
 
@@ -333,6 +335,43 @@ void TestAuthManagerReplies::whatAKeyReplyLeavesOutStaysAsItIs()
     QCOMPARE(auth.manager().currentUser().sessionToken, text("t-1"));
 }
 
+void TestAuthManagerReplies::theNamesOfAKeyReplyReplaceThoseOfAnEarlierUser_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QString>("username");
+    QTest::addColumn<QString>("email");
+    QTest::newRow("both") << QByteArray(R"({"success": true, "api_key": "k-2", "username": "wang",
+        "email": "wang@larkspire.example"})")
+                          << text("wang") << text("wang@larkspire.example");
+    QTest::newRow("empty ones") << QByteArray(
+                                       R"({"success": true, "api_key": "k-2", "username": "", "email": ""})")
+                                << QString() << QString();
+    QTest::newRow("an account without an e-mail")
+        << QByteArray(R"({"success": true, "api_key": "k-2", "username": "wang", "email": null})")
+        << text("wang") << QString();
+    QTest::newRow("left out") << QByteArray(R"({"success": true, "api_key": "k-2"})") << text("li")
+                              << text("li@larkspire.example");
+}
+
+void TestAuthManagerReplies::theNamesOfAKeyReplyReplaceThoseOfAnEarlierUser()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(QString, username);
+    QFETCH(QString, email);
+    AuthFixture auth;
+    auth.start();
+    auth.server.queueAnswer(RawAnswer::body(fullLogin));
+    QVERIFY(auth.manager().login(text("li"), text("secret"), QString(), QString()));
+    QVERIFY(auth.settles());
+    auth.server.queueAnswer(RawAnswer::body(reply));
+    QVERIFY(auth.manager().verifyApiKey(text("k-1")));
+    QVERIFY(auth.settles());
+    QCOMPARE(auth.manager().currentUser().username, username);
+    QCOMPARE(auth.manager().currentUser().email, email);
+    // What the automatic login goes by is not the user's view of himself.
+    QCOMPARE(auth.manager().credentials().username, text("li"));
+}
+
 void TestAuthManagerReplies::aCreatedAccountIsToldByTheMessage_data()
 {
     QTest::addColumn<QString>("message");
@@ -489,6 +528,8 @@ void TestAuthManagerReplies::aRegistrationFillsUserAndCredentialsButLogsNobodyIn
 {
     AuthFixture auth;
     settings().setLoginMethod(LoginMethod::ApiKey);
+    settings().setAuthEmail(text("old@larkspire.example"));
+    settings().setSessionToken(text("t-1"));
     auth.start();
     auth.server.setAnswer(RawAnswer::body(R"({"success": true, "data": {"user_id": 21, "username": "li",
         "email": "li@larkspire.example", "api_key": "k-3", "device_id": "ignored", "max_devices": 9}})"));
@@ -510,6 +551,10 @@ void TestAuthManagerReplies::aRegistrationFillsUserAndCredentialsButLogsNobodyIn
     QCOMPARE(settings().getApiKey(), text("k-3"));
     QVERIFY(isAboutNow(settings().getLastLoginTime()));
     QCOMPARE(settings().getAuthPassword(), QString());
+    QCOMPARE(settings().getAuthEmail(), text("old@larkspire.example"));
+    QCOMPARE(settings().getSessionToken(), text("t-1"));
+    QVERIFY(!auth.manager().isSessionValid());
+    QVERIFY(!auth.sessionTimer().isActive());
 
     auth.log().clear();
     auth.server.setAnswer(

@@ -32,6 +32,8 @@
 #include <QToolTip>
 #include <QtTest>
 
+#include <limits>
+
 namespace {
 
 /// The tool tip on screen, null when there is none.
@@ -85,6 +87,8 @@ private slots:
     void savingWithoutRememberedPlaceLeavesTheGeometryAlone();
     void windowStoresItsSettingsWhenItGoes();
     void exactVolumeIsNotWornAwayByTheSlider();
+    void storedNumbersBeyondAllBoundsLeaveAWorkingWindow_data();
+    void storedNumbersBeyondAllBoundsLeaveAWorkingWindow();
 
     void acceptedSettingsKeepVolumeAndTopMostOfTheRunningWindow();
     void acceptedSettingsAreStoredAndApplied();
@@ -252,6 +256,48 @@ void TestLarkspireAppSettings::exactVolumeIsNotWornAwayByTheSlider()
                  QStringLiteral("57"));
     }
     QCOMPARE(ConfigManager::instance()->getTtsVolume(), 0.58);
+}
+
+void TestLarkspireAppSettings::storedNumbersBeyondAllBoundsLeaveAWorkingWindow_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<double>("volume");
+    QTest::newRow("the largest number") << QVariant(std::numeric_limits<int>::max()) << 1.0;
+    QTest::newRow("the smallest number") << QVariant(std::numeric_limits<int>::min()) << 0.0;
+    QTest::newRow("a number without end") << QVariant(QStringLiteral("1e999")) << 1.0;
+    QTest::newRow("not a number") << QVariant(QStringLiteral("nan")) << 0.0;
+    QTest::newRow("a text") << QVariant(QStringLiteral("often")) << 0.0;
+}
+
+void TestLarkspireAppSettings::storedNumbersBeyondAllBoundsLeaveAWorkingWindow()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(double, volume);
+    ConfigManager *config = ConfigManager::instance();
+    const auto isNumber = [](const QVariant &value) {
+        bool ok = false;
+        value.toDouble(&ok);
+        return ok;
+    };
+    // Every number that a reset writes.
+    config->resetToDefaults();
+    QSettings file(settingsFilePath(), QSettings::IniFormat);
+    int numbers = 0;
+    for (const QString &key : file.allKeys()) {
+        if (!isNumber(file.value(key)))
+            continue;
+        file.setValue(key, stored);
+        ++numbers;
+    }
+    QVERIFY(numbers > 10);
+    config->setEnableTts(true);
+
+    LarkspireApp window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(LarkspireAppPeer::refreshTimer(window)->interval() >= 10000);
+    QCOMPARE(SpeechStage::instance().engine()->volume(), volume);
+    QCOMPARE(window.findChild<QSlider *>(QStringLiteral("volumeSlider"))->value(), qRound(volume * 100));
 }
 
 void TestLarkspireAppSettings::acceptedSettingsKeepVolumeAndTopMostOfTheRunningWindow()

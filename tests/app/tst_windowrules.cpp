@@ -4,6 +4,8 @@
 #include <QCoreApplication>
 #include <QtTest>
 
+#include <limits>
+
 class TestWindowRules : public QObject
 {
     Q_OBJECT
@@ -14,6 +16,10 @@ private slots:
     void topMostToggleLeavesTheOtherFlagsAlone();
     void refreshIntervalNeverGoesBelowTenSeconds_data();
     void refreshIntervalNeverGoesBelowTenSeconds();
+    void timerOfTheRefreshStaysWithinItsRange_data();
+    void timerOfTheRefreshStaysWithinItsRange();
+    void volumeIsUsableWhateverIsStored_data();
+    void volumeIsUsableWhateverIsStored();
     void volumeTipPosition_data();
     void volumeTipPosition();
     void dialogOpensInTheMiddleAndInSight_data();
@@ -70,6 +76,46 @@ void TestWindowRules::refreshIntervalNeverGoesBelowTenSeconds()
 {
     QFETCH(int, configured);
     QTEST(WindowRules::effectiveRefreshInterval(configured), "effective");
+}
+
+void TestWindowRules::timerOfTheRefreshStaysWithinItsRange_data()
+{
+    QTest::addColumn<int>("configured");
+    QTest::addColumn<int>("milliseconds");
+
+    QTest::newRow("three") << 3 << 10000;
+    QTest::newRow("an hour") << 3600 << 3600000;
+    QTest::newRow("as long as a timer can count") << 2147483 << 2147483000;
+    QTest::newRow("one second more") << 2147484 << 2147483000;
+    QTest::newRow("far more") << 2147483647 << 2147483000;
+    QTest::newRow("far less") << -2147483647 << 10000;
+}
+
+void TestWindowRules::timerOfTheRefreshStaysWithinItsRange()
+{
+    QFETCH(int, configured);
+    QTEST(WindowRules::refreshTimerInterval(configured), "milliseconds");
+}
+
+void TestWindowRules::volumeIsUsableWhateverIsStored_data()
+{
+    QTest::addColumn<double>("stored");
+    QTest::addColumn<double>("volume");
+
+    QTest::newRow("silent") << 0.0 << 0.0;
+    QTest::newRow("exact") << 0.876 << 0.876;
+    QTest::newRow("full") << 1.0 << 1.0;
+    QTest::newRow("percents") << 80.0 << 1.0;
+    QTest::newRow("negative") << -0.5 << 0.0;
+    QTest::newRow("without end") << std::numeric_limits<double>::infinity() << 1.0;
+    QTest::newRow("without end, downwards") << -std::numeric_limits<double>::infinity() << 0.0;
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 0.0;
+}
+
+void TestWindowRules::volumeIsUsableWhateverIsStored()
+{
+    QFETCH(double, stored);
+    QTEST(WindowRules::usableVolume(stored), "volume");
 }
 
 void TestWindowRules::volumeTipPosition_data()

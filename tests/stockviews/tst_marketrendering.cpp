@@ -110,6 +110,8 @@ private slots:
     void sectionIsTwelvePixelsLargerThanTheFont();
     void refreshIntervalIsNeverBelowTenSeconds_data();
     void refreshIntervalIsNeverBelowTenSeconds();
+    void refreshTimerStaysWithinItsRange_data();
+    void refreshTimerStaysWithinItsRange();
 };
 
 void TestMarketRendering::figuresAreColouredBySignWithZeroAsUp_data()
@@ -536,6 +538,23 @@ void TestMarketRendering::refreshIntervalIsNeverBelowTenSeconds()
 {
     QFETCH(int, configured);
     QTEST(MarketRendering::effectiveRefreshInterval(configured), "effective");
+}
+
+void TestMarketRendering::refreshTimerStaysWithinItsRange_data()
+{
+    QTest::addColumn<int>("configured");
+    QTest::addColumn<int>("milliseconds");
+    QTest::newRow("zero") << 0 << 10000;
+    QTest::newRow("five minutes") << 300 << 300000;
+    QTest::newRow("as long as a timer can count") << 2147483 << 2147483000;
+    QTest::newRow("one second more") << 2147484 << 2147483000;
+    QTest::newRow("far more") << 2147483647 << 2147483000;
+}
+
+void TestMarketRendering::refreshTimerStaysWithinItsRange()
+{
+    QFETCH(int, configured);
+    QTEST(MarketRendering::refreshTimerInterval(configured), "milliseconds");
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(TestMarketRendering)
