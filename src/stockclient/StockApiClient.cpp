@@ -397,6 +397,20 @@ bool StockApiClient::parseEnvelope(const QByteArray &body, const QString &reques
     return true;
 }
 
+/// As parseEnvelope, for operations whose own signal tells the failure too: an answer that cannot be read is
+/// told by that signal alone.
+bool StockApiClient::parseFinished(const QByteArray &body, const QString &requestType, QJsonObject &envelope)
+{
+    QJsonParseError parseError{};
+    envelope = QJsonDocument::fromJson(body, &parseError).object();
+    if (parseError.error != QJsonParseError::NoError)
+        return false;
+    const bool success = successOf(envelope);
+    if (!success)
+        emit queryError(errorOf(envelope), requestType);
+    return success;
+}
+
 void StockApiClient::parseStockInfo(const QByteArray &body)
 {
     QJsonObject envelope;
@@ -455,13 +469,9 @@ void StockApiClient::parseConfigSave(const QByteArray &body)
 
 void StockApiClient::parseCheckBlacklist(const QByteArray &body)
 {
-    QJsonParseError parseError{};
-    const QJsonObject object = QJsonDocument::fromJson(body, &parseError).object();
-    const bool readable = parseError.error == QJsonParseError::NoError;
-    const bool success = readable && successOf(object);
-    if (readable && !success)
-        emit queryError(errorOf(object), QStringLiteral("checkBlacklist"));
-    emit checkBlacklistFinished(success, success ? dataOf(object) : QJsonObject());
+    QJsonObject envelope;
+    const bool success = parseFinished(body, QStringLiteral("checkBlacklist"), envelope);
+    emit checkBlacklistFinished(success, success ? dataOf(envelope) : QJsonObject());
 }
 
 void StockApiClient::parseAddToBlacklist(const QByteArray &body)
@@ -478,13 +488,9 @@ void StockApiClient::parseRemoveFromBlacklist(const QByteArray &body)
 
 void StockApiClient::parseSearchStock(const QByteArray &body)
 {
-    QJsonParseError parseError{};
-    const QJsonObject object = QJsonDocument::fromJson(body, &parseError).object();
-    const bool readable = parseError.error == QJsonParseError::NoError;
-    const bool success = readable && successOf(object);
-    if (readable && !success)
-        emit queryError(errorOf(object), QStringLiteral("searchStock"));
-    emit searchStockFinished(success, success ? dataListOf(object) : QJsonArray());
+    QJsonObject envelope;
+    const bool success = parseFinished(body, QStringLiteral("searchStock"), envelope);
+    emit searchStockFinished(success, success ? dataListOf(envelope) : QJsonArray());
 }
 
 void StockApiClient::parseMarketStatistics(const QByteArray &body)

@@ -117,6 +117,7 @@ private:
 
     void parse(const QString &requestType, const QByteArray &body);
     bool parseEnvelope(const QByteArray &body, const QString &requestType, QJsonObject &envelope);
+    bool parseFinished(const QByteArray &body, const QString &requestType, QJsonObject &envelope);
     void parseStockInfo(const QByteArray &body);
     void parseLimitStats(const QByteArray &body);
     void parseSoftwareList(const QByteArray &body);
