@@ -11,20 +11,13 @@
 #include "stockviews/ValueLabel.h"
 
 #include <QEvent>
-#include <QFontMetrics>
 #include <QLabel>
 #include <QProgressBar>
 #include <QTimer>
 
-namespace {
-
-const QString badgeSample = QStringLiteral("88888");
-
-} // namespace
-
 StockRenderSettings StockAnalysisWidget::renderSettings() const
 {
-    return StockRenderSettings::stored(fontMetrics().horizontalAdvance(badgeSample));
+    return StockRenderSettings::stored(StockRenderSettings::badgeWidthIn(fontMetrics()));
 }
 
 void StockAnalysisWidget::displayStockInfo(const StockInfo &info)

@@ -2,6 +2,13 @@
 
 #include "settings/ConfigManager.h"
 
+#include <QFontMetrics>
+
+int StockRenderSettings::badgeWidthIn(const QFontMetrics &font)
+{
+    return font.horizontalAdvance(QStringLiteral("88888"));
+}
+
 StockRenderSettings StockRenderSettings::stored(int badgeWidth)
 {
     const ConfigManager *const config = ConfigManager::instance();

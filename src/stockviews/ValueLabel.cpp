@@ -1,5 +1,6 @@
 #include "stockviews/ValueLabel.h"
 
+#include "stockviews/StockRenderSettings.h"
 #include "stockviews/TextPlate.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -81,8 +82,7 @@ QList<QRectF> ValueLabel::groundRects() const
     QList<QRectF> rects;
     const QTextBlock block = m_document.firstBlock();
     const int end = block.length() - 1;
-    // All badges of the page are as wide as this at least, so that they line up.
-    const double smallest = fontMetrics().horizontalAdvance(QStringLiteral("88888"));
+    const double smallest = StockRenderSettings::badgeWidthIn(fontMetrics());
     for (const Ground &ground : m_grounds) {
         const QTextLine line = block.layout()->lineForTextPosition(ground.begin);
         if (!line.isValid())
