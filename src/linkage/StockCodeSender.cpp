@@ -2,6 +2,7 @@
 
 #include "linkage/ProcessSearch.h"
 #include "linkage/StockCodeFormat.h"
+#include "linkage/TradingSoftware.h"
 
 #include <QStringView>
 
@@ -28,12 +29,12 @@ StockCodeSender::StockCodeSender(PlatformOperations &operations, QObject *parent
 
 bool StockCodeSender::sendToTdx(const QString &code)
 {
-    return send(QStringLiteral("通达信"), code, &StockCodeSender::deliverToTdx);
+    return send(TradingSoftware::tdxWord, code, &StockCodeSender::deliverToTdx);
 }
 
 bool StockCodeSender::sendToThs(const QString &code)
 {
-    return send(QStringLiteral("同花顺"), code, &StockCodeSender::deliverToThs);
+    return send(TradingSoftware::thsWord, code, &StockCodeSender::deliverToThs);
 }
 
 /// Runs `deliver`, which returns the reason of its failure or an empty text, and reports how it ended.

@@ -2,6 +2,7 @@
 
 #include "linkage/PlatformOperations.h"
 #include "linkage/ProcessUtils.h"
+#include "linkage/TradingSoftware.h"
 #include "newsclient/ServiceWords.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
@@ -36,10 +37,10 @@ const QString notRunningTitle = QStringLiteral("软件未运行");
 StockHelperDialog::StockHelperDialog(PlatformOperations &operations, QWidget *parent)
     : QDialog(parent), m_operations(operations)
 {
-    m_tdx.software = QStringLiteral("tdx");
-    m_tdx.word = QStringLiteral("通达信");
-    m_ths.software = QStringLiteral("ths");
-    m_ths.word = QStringLiteral("同花顺");
+    m_tdx.software = TradingSoftware::tdx;
+    m_tdx.word = TradingSoftware::tdxWord;
+    m_ths.software = TradingSoftware::ths;
+    m_ths.word = TradingSoftware::thsWord;
     setWindowTitle(QStringLiteral("股票软件联动设置"));
     setWindowFlags((windowFlags() & ~Qt::WindowContextHelpButtonHint) | Qt::WindowStaysOnTopHint);
     resize(450, 350);

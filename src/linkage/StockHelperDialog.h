@@ -57,7 +57,7 @@ private:
     /// What belongs to one of the two programs.
     struct Side
     {
-        QString software; ///< "tdx" or "ths"
+        QString software; ///< its name in the settings and at the service
         QString word;
         QString version; ///< the confirmed one
         bool tested = false;

@@ -8,6 +8,7 @@
 #include "linkage/ProcessUtils.h"
 #include "linkage/StockCodeSender.h"
 #include "linkage/StockHelperDialog.h"
+#include "linkage/TradingSoftware.h"
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
@@ -36,13 +37,15 @@
 #include <algorithm>
 #include <utility>
 
+using TradingSoftware::tdx;
+using TradingSoftware::ths;
+
 namespace {
 
 constexpr int TickMs = 1000;
 constexpr int PopupHideMs = 500;
 constexpr int PauseOfSearchTicks = 4;
 constexpr int PathRole = Qt::UserRole + 1; // of a copy's executable; the process id is the item's data
-const QString tdx = QStringLiteral("tdx");
 const QString searchScheme = QStringLiteral("search:");
 
 } // namespace
@@ -335,7 +338,7 @@ void StockAnalysisWidget::refreshTdxInstances()
 
 void StockAnalysisWidget::refreshThsInstances()
 {
-    refreshInstances(QStringLiteral("ths"));
+    refreshInstances(ths);
 }
 
 void StockAnalysisWidget::refreshInstances(const QString &software)

@@ -5,6 +5,7 @@
 #include "desktop/GlobalHotkey.h"
 #include "linkage/ProcessUtils.h"
 #include "linkage/StockCodeSender.h"
+#include "linkage/TradingSoftware.h"
 #include "news/SpeechManager.h"
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiClient.h"
@@ -22,11 +23,12 @@
 #include <QSignalBlocker>
 #include <QTimer>
 
+using TradingSoftware::tdx;
+using TradingSoftware::ths;
+
 namespace {
 
 constexpr int NameExpirySeconds = 3;
-const QString tdx = QStringLiteral("tdx");
-const QString ths = QStringLiteral("ths");
 
 } // namespace
 

@@ -1,5 +1,10 @@
 #include "stockviews/StockPageRules.h"
 
+#include "linkage/TradingSoftware.h"
+
+using TradingSoftware::tdx;
+using TradingSoftware::ths;
+
 namespace {
 
 constexpr int NearEdge = 9;
@@ -7,9 +12,6 @@ constexpr int FarEdge = 8;
 constexpr int PopupGap = 10;
 constexpr int DetailErrorLength = 50;
 constexpr int ErrorLength = 100;
-
-const QString tdx = QStringLiteral("tdx");
-const QString ths = QStringLiteral("ths");
 
 QString cutTo(const QString &text, int length)
 {
@@ -33,8 +35,8 @@ QString otherSoftware(const QString &software)
 QString softwareWord(const QString &software)
 {
     if (software == tdx)
-        return QStringLiteral("通达信");
-    return software == ths ? QStringLiteral("同花顺") : QString();
+        return TradingSoftware::tdxWord;
+    return software == ths ? TradingSoftware::thsWord : QString();
 }
 
 QString switchButtonText(const QString &software)
