@@ -34,7 +34,6 @@
 #include <QSignalBlocker>
 #include <QTimer>
 
-#include <algorithm>
 #include <utility>
 
 using TradingSoftware::tdx;
@@ -44,7 +43,6 @@ namespace {
 
 constexpr int TickMs = 1000;
 constexpr int PopupHideMs = 500;
-constexpr int PauseOfSearchTicks = 4;
 constexpr int PathRole = Qt::UserRole + 1; // of a copy's executable; the process id is the item's data
 const QString searchScheme = QStringLiteral("search:");
 
@@ -391,21 +389,15 @@ void StockAnalysisWidget::followRestartedInstance()
     if (chosen.pid == 0)
         return; // the first copy counts, whichever it is
     chosen.exePath = box->itemData(box->findData(chosen.pid), PathRole).toString();
-    if (m_processUtils->isRunning(chosen))
+    if (m_processUtils->isRunning(chosen) || !m_restartedCopySearch.isDueAfterFailedRead())
         return;
-    // A search walks through all processes, and a program may stay closed for the day.
-    if (m_ticksUntilSearch > 0) {
-        --m_ticksUntilSearch;
-        return;
-    }
-    m_ticksUntilSearch = PauseOfSearchTicks;
+    QList<quint32> listed;
+    for (int i = 0; i < box->count(); ++i)
+        listed.append(box->itemData(i).toUInt());
     const QList<ProcessInstance> instances = instancesOf(m_currentSoftware);
-    const auto again =
-        std::find_if(instances.cbegin(), instances.cend(), [box, &chosen](const ProcessInstance &instance) {
-            return instance.exePath == chosen.exePath && box->findData(instance.pid) < 0;
-        });
-    if (again != instances.cend())
-        showInstances(m_currentSoftware, instances, int(again - instances.cbegin()));
+    const int again = RestartedCopySearch::placeOf(chosen, listed, instances);
+    if (again >= 0)
+        showInstances(m_currentSoftware, instances, again);
 }
 
 void StockAnalysisWidget::onTdxInstanceChanged(int index)

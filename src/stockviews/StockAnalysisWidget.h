@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linkage/RestartedCopySearch.h"
 #include "stockclient/StockRecords.h"
 #include "stockviews/PanelQueries.h"
 #include "stockviews/StockRenderSettings.h"
@@ -30,7 +31,6 @@ class StockApiClient;
 class StockBlacklist;
 class StockCodeSender;
 class ThemeStocksDialog;
-struct ProcessInstance;
 struct StockAnalysisUi;
 
 /// The stock page. Once a second it reads the code that is open in the chosen trading program; when the code
@@ -170,8 +170,8 @@ private:
     void refreshInstancesAfterChange();
     QList<ProcessInstance> instancesOf(const QString &software) const;
     void showInstances(const QString &software, const QList<ProcessInstance> &instances, int chosen);
-    /// After a failed read: when the chosen copy has ended and the same executable has been started since the
-    /// list was taken, goes over to that; never to another copy of the list, nor to another executable.
+    /// After a failed read: when the chosen copy has ended and has been started again since the list was
+    /// taken, goes over to that.
     void followRestartedInstance();
     void refreshTdxInstances();
     void refreshThsInstances();
@@ -247,8 +247,8 @@ private:
     QString m_recentLimitUpDate;
     LimitUpDetailInfo m_limitUpDetail;
     std::optional<StockInfo> m_shownStock;
-    QString m_shownPlainCode;   ///< of what is no stock
-    int m_ticksUntilSearch = 0; ///< for a copy that was started again
+    QString m_shownPlainCode; ///< of what is no stock
+    RestartedCopySearch m_restartedCopySearch;
     QMetaObject::Connection m_configReceived;
     QMetaObject::Connection m_configFailed;
 

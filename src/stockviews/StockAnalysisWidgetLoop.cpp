@@ -136,7 +136,7 @@ void StockAnalysisWidget::startAutoRefresh()
     }
     showStatus(QStringLiteral("自动刷新已开启，正在监控股票代码变化..."));
     m_isMonitoring = true;
-    m_ticksUntilSearch = 0;
+    m_restartedCopySearch.rearm();
     m_refreshTimer->start();
     registerHotkeys();
     if (m_currentStockCode.isEmpty())
@@ -183,7 +183,7 @@ void StockAnalysisWidget::onStockCodeChanged()
         followRestartedInstance();
         return;
     }
-    m_ticksUntilSearch = 0;
+    m_restartedCopySearch.rearm();
     if (code == m_currentStockCode)
         return;
     m_currentStockCode = code;
