@@ -46,31 +46,17 @@ void NameLabel::layOut() const
     takeLink();
 }
 
-/// Takes the grounds of the badges out of the text, which would draw them as bare rectangles without any room
-/// beside the letters.
+/// Takes the badges' grounds out of the text and gives the letters on them room to the sides.
 void NameLabel::takeBadges() const
 {
-    m_badges.clear();
-    const QTextBlock block = m_document.firstBlock();
-    for (QTextBlock::iterator part = block.begin(); !part.atEnd(); ++part) {
-        const QTextFragment fragment = part.fragment();
-        const QTextCharFormat format = fragment.charFormat();
-        if (format.background().style() != Qt::NoBrush)
-            m_badges.append({fragment.position(), fragment.position() + fragment.length(),
-                             format.background().color(), format.font()});
-    }
+    m_badges = TextGround::takeFrom(m_document);
     QTextCharFormat blank;
     blank.setFontPointSize(BadgeRoomPointSize);
     int inserted = 0;
-    for (Badge &badge : m_badges) {
+    for (TextGround &badge : m_badges) {
         badge.begin += inserted;
         badge.end += inserted;
         QTextCursor cursor(&m_document);
-        cursor.setPosition(badge.begin);
-        cursor.setPosition(badge.end, QTextCursor::KeepAnchor);
-        QTextCharFormat format = cursor.charFormat();
-        format.clearBackground();
-        cursor.setCharFormat(format);
         // Room behind the letters, then ahead of them, and towards what stands in front of the badge.
         cursor.setPosition(badge.end);
         cursor.insertText(QString(QChar::Nbsp), blank);
@@ -101,7 +87,7 @@ void NameLabel::takeLink() const
     }
 }
 
-QRectF NameLabel::rectOf(const Badge &badge) const
+QRectF NameLabel::rectOf(const TextGround &badge) const
 {
     const QTextLine line = m_document.firstBlock().layout()->lineForTextPosition(badge.begin);
     if (!line.isValid())
@@ -163,7 +149,7 @@ void NameLabel::paintEvent(QPaintEvent *)
     }
     painter.translate(SideRoom, top());
     painter.scale(scale(), scale());
-    for (const Badge &badge : qAsConst(m_badges)) {
+    for (const TextGround &badge : qAsConst(m_badges)) {
         painter.setBrush(badge.color);
         painter.drawRoundedRect(rectOf(badge), BadgeRadius, BadgeRadius);
     }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "stockviews/TextGround.h"
+
 #include <QColor>
-#include <QFont>
 #include <QLabel>
 #include <QList>
 #include <QRectF>
@@ -35,20 +36,11 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    /// A stretch of the text on a ground of its own.
-    struct Badge
-    {
-        int begin = 0; ///< first character
-        int end = 0;   ///< behind the last one
-        QColor color;
-        QFont font;
-    };
-
     /// Lays the text out where it has changed, or its font.
     void layOut() const;
     void takeLink() const;
     void takeBadges() const;
-    QRectF rectOf(const Badge &badge) const;
+    QRectF rectOf(const TextGround &badge) const;
     qreal room() const;
     qreal scale() const;
     qreal top() const;
@@ -59,5 +51,5 @@ private:
     mutable QString m_knownText;
     mutable QColor m_linkColor;
     mutable qreal m_linkWidth = 0.0; ///< in full size
-    mutable QList<Badge> m_badges;
+    mutable QList<TextGround> m_badges;
 };

@@ -8,7 +8,6 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTextLayout>
 
 #include <cmath>
@@ -46,30 +45,18 @@ void ValueLabel::showValue(const QString &text, const QString &style)
     fit();
 }
 
-/// Takes the grounds out of the text, which would draw them as bare rectangles: they are drawn with the round
-/// corners and the room beside the figures that they ask for.
+/// Takes the text's colour, and the grounds out of the text: they are drawn with the round corners and the
+/// room beside the figures that they ask for.
 void ValueLabel::takeColors()
 {
     m_textColor = QColor();
-    m_grounds.clear();
     const QTextBlock line = m_document.firstBlock();
     for (QTextBlock::iterator part = line.begin(); !part.atEnd(); ++part) {
-        const QTextFragment fragment = part.fragment();
-        const QTextCharFormat format = fragment.charFormat();
-        if (format.background().style() != Qt::NoBrush)
-            m_grounds.append(
-                {fragment.position(), fragment.position() + fragment.length(), format.background().color()});
-        else if (format.foreground().style() != Qt::NoBrush)
+        const QTextCharFormat format = part.fragment().charFormat();
+        if (format.background().style() == Qt::NoBrush && format.foreground().style() != Qt::NoBrush)
             m_textColor = format.foreground().color();
     }
-    for (const Ground &ground : qAsConst(m_grounds)) {
-        QTextCursor cursor(&m_document);
-        cursor.setPosition(ground.begin);
-        cursor.setPosition(ground.end, QTextCursor::KeepAnchor);
-        QTextCharFormat format = cursor.charFormat();
-        format.clearBackground();
-        cursor.setCharFormat(format);
-    }
+    m_grounds = TextGround::takeFrom(m_document);
 }
 
 QPointF ValueLabel::textOrigin() const
@@ -83,7 +70,7 @@ QList<QRectF> ValueLabel::groundRects() const
     const QTextBlock block = m_document.firstBlock();
     const int end = block.length() - 1;
     const double smallest = StockRenderSettings::badgeWidthIn(fontMetrics());
-    for (const Ground &ground : m_grounds) {
+    for (const TextGround &ground : m_grounds) {
         const QTextLine line = block.layout()->lineForTextPosition(ground.begin);
         if (!line.isValid())
             continue;

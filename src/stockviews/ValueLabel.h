@@ -1,5 +1,7 @@
 #pragma once
 
+#include "stockviews/TextGround.h"
+
 #include <QColor>
 #include <QLabel>
 #include <QList>
@@ -50,14 +52,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    /// A stretch of the text on a ground of its own.
-    struct Ground
-    {
-        int begin = 0; ///< first character
-        int end = 0;   ///< behind the last one
-        QColor color;
-    };
-
     void takeColors();
     QPointF textOrigin() const;
     void fit();
@@ -65,7 +59,7 @@ private:
 
     QTextDocument m_document;
     QColor m_textColor; ///< of text that has a colour and no ground of its own
-    QList<Ground> m_grounds;
+    QList<TextGround> m_grounds;
     qreal m_configuredPointSize = 12.0;
     qreal m_pointSize = 12.0;
 };
