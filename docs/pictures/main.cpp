@@ -4,6 +4,7 @@
 
 #include "PictureTour.h"
 #include "app/FontSubstitution.h"
+#include "app/ToolkitTexts.h"
 #include "newsclient/NewsRecords.h"
 #include "resources/LarkspireResources.h"
 #include "support/IsolatedHome.h"
@@ -34,6 +35,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     FontSubstitution::apply();
+    ToolkitTexts toolkitTexts;
+    QCoreApplication::installTranslator(&toolkitTexts);
 
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     PictureTour tour(folder, QString::fromLocal8Bit(argv[3]), qstrcmp(argv[2], "dark") == 0);

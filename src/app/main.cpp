@@ -4,6 +4,7 @@
 #include "app/LarkspireApp.h"
 #include "app/ProgramIdentity.h"
 #include "app/SingleApplication.h"
+#include "app/ToolkitTexts.h"
 #include "desktop/TerminationSignals.h"
 #include "newsclient/NewsRecords.h"
 #include "resources/LarkspireResources.h"
@@ -57,6 +58,8 @@ int main(int argc, char *argv[])
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     FontSubstitution::apply();
 
+    ToolkitTexts toolkitTexts;
+    QCoreApplication::installTranslator(&toolkitTexts);
     QTranslator translator;
     const QStringList languages = QLocale::system().uiLanguages();
     for (const QString &language : languages) {
