@@ -10,8 +10,15 @@ namespace service {
 
 namespace {
 
-/// Farthest year that the clock can be put to, in seconds since the epoch.
-constexpr EpochSeconds farthestTime = 250'000'000'000;
+/// Where the clock can be put to, in seconds since the epoch: years of four digits, as the wire writes them.
+constexpr EpochSeconds earliestTime = -30'000'000'000;
+constexpr EpochSeconds latestTime = 250'000'000'000;
+
+/// Most seconds between two times of the clock.
+constexpr EpochSeconds longestAge = latestTime - earliestTime;
+
+/// Shortest pace of the feed.
+constexpr double shortestInterval = 0.01;
 
 } // namespace
 
@@ -85,17 +92,19 @@ Json AdminRoutes::publishOne(const JsonIn &given)
     // Not part of the item: how long ago it was published, for one that should bear no time of its own.
     std::optional<EpochSeconds> publishedAt;
     if (const auto age = optionalNumber(item, "age_seconds")) {
+        if (*age < -longestAge || *age > longestAge)
+            throw ServiceError(400, "age_seconds is out of range");
         publishedAt = m_clock.now() - *age;
         item.erase("age_seconds");
     }
-    Json published = m_stores.news.publish(Json(item), publishedAt);
-    m_statistics.notePublished(1);
-    return published;
+    return m_stores.news.publish(Json(item), publishedAt);
 }
 
 Reply AdminRoutes::publish(const Call &call)
 {
-    return dataReply(publishOne(call.body));
+    Json published = publishOne(call.body);
+    m_statistics.notePublished(1);
+    return dataReply(std::move(published));
 }
 
 Reply AdminRoutes::publishAll(const Call &call)
@@ -108,17 +117,21 @@ Reply AdminRoutes::publishAll(const Call &call)
             throw ServiceError(400, "items must be a list of objects");
     }
     Json published = Json::array();
-    for (const JsonIn &item : *items)
-        published.push_back(publishOne(item));
+    m_stores.news.publishTogether([&] {
+        for (const JsonIn &item : *items)
+            published.push_back(publishOne(item));
+    });
+    m_statistics.notePublished(published.size());
     return dataReply(std::move(published));
 }
 
 Reply AdminRoutes::feed(const Call &call)
 {
     if (const auto found = call.body.find("interval_seconds"); found != call.body.end()) {
-        if (!found->is_number() || found->get<double>() < 0 || found->get<double>() > 86400)
+        const double interval = found->is_number() ? found->get<double>() : -1;
+        if (interval != 0 && (interval < shortestInterval || interval > 86400))
             throw ServiceError(400, "interval_seconds is out of range");
-        m_feed.setInterval(found->get<double>());
+        m_feed.setInterval(interval);
     }
     const std::int64_t count = optionalNumber(call.body, "count").value_or(0);
     if (count < 0 || count > 100'000)
@@ -137,8 +150,10 @@ Reply AdminRoutes::setClock(const Call &call)
 {
     const auto now = call.body.contains("now") ? fromWire(requiredText(call.body, "now")) : m_clock.now();
     const std::int64_t advance = optionalNumber(call.body, "advance_seconds").value_or(0);
-    if (!now || advance > farthestTime || advance < -farthestTime)
+    if (!now || advance > longestAge || advance < -longestAge)
         throw ServiceError(400, "expected \"now\" as yyyy-MM-dd hh:mm:ss, or \"advance_seconds\"");
+    if (*now + advance < earliestTime || *now + advance > latestTime)
+        throw ServiceError(400, "the clock shows no time as early or as late");
     if (optionalFlag(call.body, "follow_system", false))
         m_clock.followSystem();
     else if (call.body.contains("now") || call.body.contains("running"))

@@ -40,6 +40,9 @@ std::string bodyFrom(const JsonIn &object, int status)
 {
     if (const auto found = object.find("body"); found != object.end())
         return found->is_string() ? found->get<std::string>() : found->dump();
+    // Answers of these two have no body: a client would take one for the start of its next answer.
+    if (status == 204 || status == 304)
+        return {};
     Json body{{"success", false}, {"error", optionalText(object, "error", "模拟的服务错误")}};
     if (const auto wait = optionalNumber(object, "wait_seconds"))
         body["wait_seconds"] = *wait;
@@ -106,7 +109,7 @@ Fault faultFrom(const JsonIn &object)
     fault.method = optionalText(object, "method");
     fault.remaining = numberWithin(object, "count", 1, 1'000'000);
     fault.delayMs = numberWithin(object, "delay_ms", 0, longestTimeMs).value_or(0);
-    fault.status = static_cast<int>(numberWithin(object, "status", 100, 599).value_or(fault.status));
+    fault.status = static_cast<int>(numberWithin(object, "status", 200, 599).value_or(fault.status));
     fault.bytes = numberWithin(object, "bytes", 0, largestBody);
     fault.intervalMs = numberWithin(object, "interval_ms", 1, longestTimeMs).value_or(fault.intervalMs);
     fault.contentType = optionalText(object, "content_type", fault.contentType);

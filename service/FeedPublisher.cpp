@@ -100,7 +100,7 @@ int FeedPublisher::publishDue()
 void FeedPublisher::publishNow(std::int64_t items)
 {
     const std::lock_guard lock(m_mutex);
-    for (std::int64_t i = 0; i < items; ++i)
+    for (std::int64_t i = 0; i < items && !m_stopping; ++i)
         publishOne(m_clock.now(), formerTime(m_clock.now()));
 }
 

@@ -40,7 +40,7 @@ public:
     /// Publishes everything that is due now. @return the number of items.
     int publishDue();
 
-    /// Publishes `items` items at once.
+    /// Publishes `items` items at once. Leaves the rest out when the feed is stopped meanwhile.
     void publishNow(std::int64_t items);
 
 private:

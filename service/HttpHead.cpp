@@ -91,13 +91,17 @@ std::string forwardedHead(const RequestHead &head)
     for (const auto &[name, value] : head.headers) {
         const std::string folded = foldedCase(name);
         if (folded == "connection" || folded == "keep-alive" || folded == "expect" ||
-            folded == "accept-encoding")
+            folded == "accept-encoding" || folded == "content-type" || folded == "range" ||
+            folded == "content-length")
             continue;
         text += name;
         text += ": ";
         text += value;
         text += "\r\n";
     }
+    // Told for every method that may have a body: the server behind waits for one that is not announced.
+    if (head.contentLength > 0 || head.method == "POST" || head.method == "PUT")
+        text += "Content-Length: " + std::to_string(head.contentLength) + "\r\n";
     return text + "Connection: close\r\n\r\n";
 }
 

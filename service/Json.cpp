@@ -2,6 +2,7 @@
 
 #include "service/ServiceError.h"
 
+#include <cstdint>
 #include <cstdlib>
 
 namespace service {
@@ -80,7 +81,8 @@ std::optional<std::int64_t> optionalNumber(const JsonIn &object, const char *key
     const auto found = object.find(key);
     if (found == object.end())
         return std::nullopt;
-    if (!found->is_number_integer())
+    const bool isTooLarge = found->is_number_unsigned() && found->get<std::uint64_t>() > INT64_MAX;
+    if (!found->is_number_integer() || isTooLarge)
         throw ServiceError(400, std::string("字段类型错误: ") + key);
     return found->get<std::int64_t>();
 }

@@ -48,8 +48,12 @@ NewsQuery newsQueryFrom(const QueryItems &items)
     // A page beyond every list is an empty one; the bound keeps the product with the limit in range.
     query.page = std::min<std::int64_t>(positiveNumber(items, "page", query.page), 1'000'000'000);
     query.limit = std::min(positiveNumber(items, "limit", query.limit), LargestPage);
-    if (const auto found = items.find("keyword"); found != items.end())
+    if (const auto found = items.find("keyword"); found != items.end()) {
         query.keyword = found->second;
+        // The database would end the pattern there and find everything.
+        if (query.keyword.find('\0') != std::string::npos)
+            throw ServiceError(400, "参数错误: keyword");
+    }
     if (const auto found = items.find("since_id"); found != items.end() && !found->second.empty())
         query.sinceId = found->second;
     if (const auto found = items.find("since_timestamp"); found != items.end()) {

@@ -131,6 +131,11 @@ Json NewsStore::publish(const Json &given, std::optional<EpochSeconds> published
     });
 }
 
+void NewsStore::publishTogether(const std::function<void()> &step)
+{
+    m_database.write([&](SQLite::Database &) { step(); });
+}
+
 NewsPage NewsStore::find(const NewsQuery &query, const KeywordMatcher &matcher,
                          const std::vector<std::string> &selected)
 {

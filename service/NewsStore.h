@@ -5,6 +5,7 @@
 #include "service/NewsQuery.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,6 +36,9 @@ public:
     /// Its place in the order is `publishedAt`, else a "publish_time" that can be read, else now.
     /// @return the item as it will be delivered, without the marks of keywords.
     Json publish(const Json &given, std::optional<EpochSeconds> publishedAt = std::nullopt);
+
+    /// Publishes what `step` publishes, all of it or, when it throws, nothing. Much quicker than one by one.
+    void publishTogether(const std::function<void()> &step);
 
     /// Answers a question for one user.
     /// @param matcher the keywords that are marked in the items.

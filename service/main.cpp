@@ -26,16 +26,17 @@ void raiseDescriptorLimit()
 /// Runs the service until SIGTERM or SIGINT.
 int run(const service::Options &options)
 {
-    // Blocked ahead of the first thread, so that every thread inherits it and the signal waits for sigwait.
+    std::signal(SIGPIPE, SIG_IGN);
+    raiseDescriptorLimit();
+
+    service::Service service(options);
+    // Blocked ahead of the first thread, so that every thread inherits it and the signal waits for sigwait;
+    // but no earlier, as a long history is written before and must not outlive a signal.
     sigset_t ending;
     sigemptyset(&ending);
     sigaddset(&ending, SIGTERM);
     sigaddset(&ending, SIGINT);
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
-    raiseDescriptorLimit();
-
-    service::Service service(options);
     const int port = service.start(options);
     std::printf("larkspire-service listening on http://127.0.0.1:%d\n", port);
     std::fflush(stdout);

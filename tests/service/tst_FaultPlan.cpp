@@ -31,6 +31,7 @@ private slots:
     void everyKindHasItsWord_data();
     void everyKindHasItsWord();
     void aTooManyRequestsSaysHowLongToWait();
+    void statusesWithoutABodyHaveNone();
     void aChangeChangesItsPlacesAlone();
     void badRulesAreRefused_data();
     void badRulesAreRefused();
@@ -112,6 +113,13 @@ void FaultPlanTest::aTooManyRequestsSaysHowLongToWait()
     QCOMPARE(faultOf(R"({"path":"/","kind":"status","body":"plain"})").body, std::string("plain"));
 }
 
+void FaultPlanTest::statusesWithoutABodyHaveNone()
+{
+    QCOMPARE(faultOf(R"({"path":"/","kind":"status","status":204})").body, std::string());
+    QCOMPARE(faultOf(R"({"path":"/","kind":"status","status":304})").body, std::string());
+    QVERIFY(!faultOf(R"({"path":"/","kind":"status","status":205})").body.empty());
+}
+
 void FaultPlanTest::aChangeChangesItsPlacesAlone()
 {
     const Fault fault = faultOf(
@@ -134,6 +142,7 @@ void FaultPlanTest::badRulesAreRefused_data()
     QTest::newRow("delay without time") << QByteArray(R"({"path":"/","kind":"delay"})");
     QTest::newRow("count of nothing") << QByteArray(R"({"path":"/","kind":"drop","count":0})");
     QTest::newRow("status beyond all") << QByteArray(R"({"path":"/","kind":"status","status":1000})");
+    QTest::newRow("status before the last") << QByteArray(R"({"path":"/","kind":"status","status":101})");
     QTest::newRow("count as text") << QByteArray(R"({"path":"/","kind":"drop","count":"2"})");
     QTest::newRow("change of nothing") << QByteArray(R"({"path":"/","kind":"change"})");
     QTest::newRow("change of no pointer") << QByteArray(R"({"path":"/","kind":"change","set":{"data":1}})");

@@ -18,6 +18,8 @@ private slots:
     void whatIsNoRequestIsRefused_data();
     void whatIsNoRequestIsRefused();
     void forwardingEndsTheConnectionAndAsksForNoCompression();
+    void forwardingAnnouncesTheBodyInItsOwnWords_data();
+    void forwardingAnnouncesTheBodyInItsOwnWords();
     void anAnswerIsTakenApart();
     void anAnswerCutShortIsNone();
     void anAnswerHeadSaysWhatItIsTold();
@@ -82,6 +84,34 @@ void HttpHeadTest::forwardingEndsTheConnectionAndAsksForNoCompression()
                                        "keep-alive\r\nX-API-Key: k\r\n\r\n");
     QCOMPARE(forwardedHead(*head),
              std::string("GET /a HTTP/1.1\r\nHost: a\r\nX-API-Key: k\r\nConnection: close\r\n\r\n"));
+}
+
+void HttpHeadTest::forwardingAnnouncesTheBodyInItsOwnWords_data()
+{
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("forwarded");
+    QTest::newRow("a body is wanted but none announced")
+        << QByteArray("POST /a HTTP/1.1\r\n\r\n")
+        << QByteArray("POST /a HTTP/1.1\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    QTest::newRow("no body is wanted") << QByteArray("DELETE /a HTTP/1.1\r\n\r\n")
+                                       << QByteArray("DELETE /a HTTP/1.1\r\nConnection: close\r\n\r\n");
+    QTest::newRow("a body of any type is JSON")
+        << QByteArray("PUT /a HTTP/1.1\r\nContent-Type: application/x-www-form-urlencoded\r\n"
+                      "Content-Length: 2\r\n\r\n")
+        << QByteArray("PUT /a HTTP/1.1\r\nContent-Length: 2\r\nConnection: close\r\n\r\n");
+    QTest::newRow("two lengths") << QByteArray("PUT /a HTTP/1.1\r\nContent-Length: 2\r\n"
+                                               "Content-Length: 7\r\n\r\n")
+                                 << QByteArray(
+                                        "PUT /a HTTP/1.1\r\nContent-Length: 2\r\nConnection: close\r\n\r\n");
+    QTest::newRow("a part of the answer") << QByteArray("GET /a HTTP/1.1\r\nRange: bytes=0-3\r\n\r\n")
+                                          << QByteArray("GET /a HTTP/1.1\r\nConnection: close\r\n\r\n");
+}
+
+void HttpHeadTest::forwardingAnnouncesTheBodyInItsOwnWords()
+{
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, forwarded);
+    QCOMPARE(QByteArray::fromStdString(forwardedHead(*parseRequestHead(head.toStdString()))), forwarded);
 }
 
 void HttpHeadTest::anAnswerIsTakenApart()

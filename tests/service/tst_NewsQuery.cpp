@@ -89,6 +89,7 @@ void NewsQueryTest::badItemsAreRefused_data()
                                       << "1";
     QTest::newRow("flag in capitals") << "interactive_platform_only"
                                       << "TRUE";
+    QTest::newRow("keyword with a zero byte") << "keyword" << QString(QChar(0));
 }
 
 void NewsQueryTest::badItemsAreRefused()

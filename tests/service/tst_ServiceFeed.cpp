@@ -22,6 +22,9 @@ private slots:
     void theFeedGoesOnAfterARestart();
     void aClockCanRunFromAGivenTime();
     void theClockIsSetAndShown();
+    void theClockKeepsToYearsOfFourDigits();
+    void aPaceThatNobodyCanFollowIsRefused();
+    void aBatchIsPublishedWholeOrNotAtAll();
     void oddItemsComeOnlyWhenAskedFor();
     void aStockAtItsLimitHasAReasonAConceptAndNews_data();
     void aStockAtItsLimitHasAReasonAConceptAndNews();
@@ -186,6 +189,50 @@ void ServiceFeedTest::theClockIsSetAndShown()
     QVERIFY(service.request("GET", "/admin/clock").data().value(QLatin1String("running")).toBool());
     QVERIFY(textAt(service.request("GET", "/newsapi/health").object, "time") >
             QStringLiteral("2025-01-02 03:04:05"));
+}
+
+void ServiceFeedTest::theClockKeepsToYearsOfFourDigits()
+{
+    ServiceProcess service(standingClock());
+    QVERIFY2(service.start(), qPrintable(service.errorText()));
+    const auto status = [&](const char *body) {
+        return service.request("POST", "/admin/clock", json(body)).status;
+    };
+    QCOMPARE(status(R"({"advance_seconds":240000000000})"), 200);
+    QCOMPARE(status(R"({"advance_seconds":240000000000})"), 400);
+    QCOMPARE(status(R"({"advance_seconds":-260000000000})"), 200);
+    QCOMPARE(status(R"({"advance_seconds":-260000000000})"), 400);
+    QCOMPARE(status(R"({"now":"0999-01-01 00:00:00"})"), 400);
+    QCOMPARE(textAt(service.request("GET", "/admin/clock").object, "data.now").indexOf(QLatin1Char('-')), 4);
+}
+
+void ServiceFeedTest::aPaceThatNobodyCanFollowIsRefused()
+{
+    ServiceProcess service(standingClock());
+    QVERIFY2(service.start(), qPrintable(service.errorText()));
+    for (const char *interval : {"-1", "0.0001", "86401", "\"1\""}) {
+        const QByteArray body = QByteArray(R"({"interval_seconds":)") + interval + '}';
+        QVERIFY2(service.send("POST", "/admin/feed", body).status == 400, interval);
+    }
+    QCOMPARE(service.send("POST", "/admin/feed", R"({"interval_seconds":0.01})").status, 200);
+}
+
+void ServiceFeedTest::aBatchIsPublishedWholeOrNotAtAll()
+{
+    ServiceProcess service(standingClock());
+    QVERIFY2(service.start(), qPrintable(service.errorText()));
+    const QByteArray faulty = R"({"items":[{"title":"one"},{"title":"two","age_seconds":"long ago"}]})";
+    QCOMPARE(service.send("POST", "/admin/news/batch", faulty).status, 400);
+    const QByteArray far =
+        R"({"items":[{"title":"one"},{"title":"two","age_seconds":-9223372036854775808}]})";
+    QCOMPARE(service.send("POST", "/admin/news/batch", far).status, 400);
+    QCOMPARE(news(service, "limit=10").size(), 0);
+    QCOMPARE(numberAt(service.statistics(), "news_published"), 0);
+    const QByteArray good = R"({"items":[{"title":"one"},{"title":"two","age_seconds":60}]})";
+    QCOMPARE(service.send("POST", "/admin/news/batch", good).status, 200);
+    QCOMPARE(titlesOf(news(service, "limit=10")),
+             QStringList({QStringLiteral("one"), QStringLiteral("two")}));
+    QCOMPARE(numberAt(service.statistics(), "news_published"), 2);
 }
 
 void ServiceFeedTest::oddItemsComeOnlyWhenAskedFor()

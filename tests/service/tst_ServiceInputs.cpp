@@ -62,6 +62,9 @@ private slots:
     void messagesThatAreNoHttp();
     void aBodyOfOneMegabyteIsTakenAndALargerOneIsNot();
     void aBodyThatIsNotAnnouncedIsRefusedThoughItIsSent();
+    void aBodyThatIsNeitherSentNorAnnouncedIsAnEmptyOne();
+    void aBodyIsJsonWhateverItsTypeSays_data();
+    void aBodyIsJsonWhateverItsTypeSays();
     void requestsInARowOnOneConnectionAreAllAnswered();
     void aRequestOfSingleBytesIsAnswered();
     void aClientThatHasEndedItsSideGetsItsAnswer();
@@ -253,6 +256,34 @@ void ServiceInputsTest::aBodyThatIsNotAnnouncedIsRefusedThoughItIsSent()
     const QByteArray head = "POST /auth/login HTTP/1.1\r\nContent-Length: 100000000\r\n\r\n";
     const QByteArray answer = exchange(m_service->port(), head + QByteArray(3'000'000, 'x'), "}");
     QCOMPARE(statusOf(answer), 413);
+}
+
+void ServiceInputsTest::aBodyThatIsNeitherSentNorAnnouncedIsAnEmptyOne()
+{
+    const QByteArray answer = exchange(
+        m_service->port(), "POST /newsapi/keywords HTTP/1.1\r\nX-API-Key: lks-demo-key\r\n\r\n", "}");
+    QCOMPARE(statusOf(answer), 400);
+    QVERIFY2(answer.contains("请求体不是有效的JSON对象"), answer.constData());
+}
+
+void ServiceInputsTest::aBodyIsJsonWhateverItsTypeSays_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::newRow("a form") << QByteArray("application/x-www-form-urlencoded");
+    QTest::newRow("a form in parts") << QByteArray("multipart/form-data; boundary=x");
+    QTest::newRow("none") << QByteArray();
+}
+
+void ServiceInputsTest::aBodyIsJsonWhateverItsTypeSays()
+{
+    QFETCH(QByteArray, type);
+    const QByteArray body = R"({"title":")" + QByteArray(20000, 'x') + R"("})";
+    const QByteArray answer =
+        exchange(m_service->port(), "POST /admin/news HTTP/1.1\r\nContent-Type: " + type +
+                                        "\r\nContent-Length: " + QByteArray::number(body.size()) +
+                                        "\r\nConnection: close\r\n\r\n" + body);
+    QCOMPARE(statusOf(answer), 200);
+    QVERIFY(answer.contains(QByteArray(20000, 'x')));
 }
 
 void ServiceInputsTest::requestsInARowOnOneConnectionAreAllAnswered()

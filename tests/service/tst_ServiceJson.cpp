@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QtTest>
 
+#include <limits>
+
 using namespace service;
 
 /// JSON in and out.
@@ -54,18 +56,21 @@ void ServiceJsonTest::onlyObjectsAreTaken()
 
 void ServiceJsonTest::fieldsAreReadWithTheirTypes()
 {
-    const JsonIn object = *parseObject(R"({"text":"a","flag":true,"number":7,"null":null})");
+    const JsonIn object = *parseObject(R"({"text":"a","flag":true,"number":7,"null":null,)"
+                                       R"("largest":9223372036854775807,"larger":9223372036854775808})");
     QCOMPARE(requiredText(object, "text"), std::string("a"));
     QCOMPARE(optionalText(object, "missing", "b"), std::string("b"));
     QCOMPARE(optionalFlag(object, "flag", false), true);
     QCOMPARE(optionalFlag(object, "missing", true), true);
     QCOMPARE(optionalNumber(object, "number").value_or(0), std::int64_t(7));
+    QCOMPARE(optionalNumber(object, "largest").value_or(0), std::numeric_limits<std::int64_t>::max());
     QVERIFY(!optionalNumber(object, "missing").has_value());
     QVERIFY_EXCEPTION_THROWN(requiredText(object, "missing"), ServiceError);
     QVERIFY_EXCEPTION_THROWN(requiredText(object, "number"), ServiceError);
     QVERIFY_EXCEPTION_THROWN(optionalText(object, "null"), ServiceError);
     QVERIFY_EXCEPTION_THROWN(optionalFlag(object, "text", false), ServiceError);
     QVERIFY_EXCEPTION_THROWN(optionalNumber(object, "text"), ServiceError);
+    QVERIFY_EXCEPTION_THROWN(optionalNumber(object, "larger"), ServiceError);
 }
 
 void ServiceJsonTest::repliesKeepTheirOrder()

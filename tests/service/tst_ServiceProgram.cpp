@@ -28,6 +28,7 @@ private slots:
     void itPrintsOneLineAndWritesThePortFile();
     void aSignalEndsItWithinASecondWhateverIsOpen_data();
     void aSignalEndsItWithinASecondWhateverIsOpen();
+    void aSignalEndsALongHistory();
     void itListensOnTheLoopbackAddressAlone();
     void aRestartKeepsEverything();
     void whatWasAnsweredOutlivesACrash();
@@ -214,6 +215,8 @@ void ServiceProgramTest::aSignalEndsItWithinASecondWhateverIsOpen()
     open.push_back(connectTo("GET /newsapi/health HTTP/1.1\r\n\r\n", true));
     open.push_back(connectTo("GET /drop HTTP/1.1\r\n\r\n", false));
     open.push_back(connectTo("GET /delay HTTP/1.1\r\n\r\n", false));
+    open.push_back(
+        connectTo("POST /admin/feed HTTP/1.1\r\nContent-Length: 16\r\n\r\n{\"count\":100000}", false));
     open.push_back(connectTo("GET /drip HTTP/1.1\r\n\r\n", true));
     // Nobody reads this answer, so most of it is still waiting inside the service.
     open.push_back(connectTo("GET /huge HTTP/1.1\r\n\r\n", true));
@@ -226,6 +229,27 @@ void ServiceProgramTest::aSignalEndsItWithinASecondWhateverIsOpen()
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(process.readAllStandardError(), QByteArray());
+}
+
+void ServiceProgramTest::aSignalEndsALongHistory()
+{
+    const QString file = m_folder.filePath(QStringLiteral("long.sqlite"));
+    const QStringList arguments{QStringLiteral("--database"), file, QStringLiteral("--port"),
+                                QStringLiteral("0"), QStringLiteral("--history")};
+    QProcess process;
+    process.start(QStringLiteral(LARKSPIRE_SERVICE_BINARY),
+                  arguments + QStringList(QStringLiteral("1000000")));
+    // The database is there: from now on the history is being written.
+    QTRY_VERIFY(QFile::exists(file));
+    process.terminate();
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.readAllStandardOutput(), QByteArray());
+
+    process.start(QStringLiteral(LARKSPIRE_SERVICE_BINARY), arguments + QStringList(QStringLiteral("10")));
+    QVERIFY(process.waitForReadyRead(20000));
+    process.terminate();
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.exitCode(), 0);
 }
 
 void ServiceProgramTest::itListensOnTheLoopbackAddressAlone()
