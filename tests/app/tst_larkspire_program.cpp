@@ -1,11 +1,15 @@
 #include "app/SessionManager.h"
+#include "settings/ProgramVersion.h"
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -23,6 +27,7 @@ private slots:
     void init();
     void cleanup();
 
+    void applicationIsSetUpWhenTheEventLoopRuns();
     void secondStartBringsTheFirstWindowBackAndEndsWithZero();
     void withoutALoginThePromptAppearsAndTheWindowStaysHidden();
     void closingTheLastWindowLeavesTheProcessAliveUntilItIsTerminated();
@@ -177,6 +182,42 @@ QString TestLarkspireProgram::activeTitle()
     return QString::fromUtf8(output).trimmed();
 }
 
+void TestLarkspireProgram::applicationIsSetUpWhenTheEventLoopRuns()
+{
+    storeLogin(m_service->baseUrl());
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("report.json"));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LARKSPIRE_TEST_REPORT"), path);
+    environment.insert(QStringLiteral("LARKSPIRE_TEST_SPEECH_HANGS"), QStringLiteral("never"));
+    // Neither the codec nor the style is to be the one that the surroundings ask for.
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
+    environment.insert(QStringLiteral("QT_STYLE_OVERRIDE"), QStringLiteral("windows"));
+    QProcess program;
+    program.setProcessEnvironment(environment);
+    program.start(QStringLiteral(LARKSPIRE_UNDER_TEST), QStringList());
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    // What the event loop returns is the program's code.
+    QCOMPARE(program.exitCode(), 42);
+
+    QFile report(path);
+    QVERIFY(report.open(QIODevice::ReadOnly));
+    const QJsonObject expected{
+        {QStringLiteral("name"), QStringLiteral("Larkspire")},
+        {QStringLiteral("display name"), QStringLiteral("云雀资讯")},
+        {QStringLiteral("version"), ProgramVersion::text()},
+        {QStringLiteral("organisation"), QStringLiteral("Fernhollow")},
+        {QStringLiteral("domain"), QStringLiteral("larkspire.example")},
+        {QStringLiteral("locale codec"), QStringLiteral("UTF-8")},
+        {QStringLiteral("news is a meta-type"), true},
+        {QStringLiteral("has its icon"), true},
+        {QStringLiteral("ends with its last window"), false},
+        {QStringLiteral("style"), QStringLiteral("fusion")},
+    };
+    QCOMPARE(QString::fromUtf8(report.readAll()), QString::fromUtf8(QJsonDocument(expected).toJson()));
+}
+
 void TestLarkspireProgram::secondStartBringsTheFirstWindowBackAndEndsWithZero()
 {
     storeLogin(m_service->baseUrl());
@@ -306,7 +347,7 @@ void TestLarkspireProgram::speechThatHangsDoesNotHoldUpTheEnd()
     QSettings(settingsFilePath(), QSettings::IniFormat)
         .setValue(QStringLiteral("Features/EnableNotification"), false);
     qputenv("LARKSPIRE_TEST_SPEECH_HANGS", hangs);
-    startProgram(QStringLiteral(LARKSPIRE_WITH_HANGING_SPEECH));
+    startProgram(QStringLiteral(LARKSPIRE_UNDER_TEST));
     qunsetenv("LARKSPIRE_TEST_SPEECH_HANGS");
     QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), QStringLiteral("云雀资讯"), 20000);
     QVERIFY(!QSettings(settingsFilePath(), QSettings::IniFormat).contains(QStringLiteral("Window/Geometry")));

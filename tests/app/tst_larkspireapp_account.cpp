@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLabel>
 #include <QTableWidget>
 #include <QtTest>
@@ -44,6 +45,7 @@ private slots:
 
     void successfulLoginShowsTheWindowAndStartsTheCycle();
     void keyOfTheLoginIsStoredAndUsed();
+    void keyIsOnTheDiskAsSoonAsSomebodyIsLoggedIn();
     void loginTakesOverTheLinkageOfTheAccount();
     void tokenRolledByAReplyOutlivesTheNextValidation();
     void withoutCredentialsTheWindowStaysHiddenAndThePromptComesAfterASecond();
@@ -126,6 +128,19 @@ void TestLarkspireAppAccount::keyOfTheLoginIsStoredAndUsed()
     QCOMPARE(second.header("X-API-Key"), QByteArray("key-of-the-service"));
     QCOMPARE(second.header("X-Device-ID").size(), 32);
     QCOMPARE(second.header("X-App-Version"), ProgramVersion::text().toUtf8());
+}
+
+void TestLarkspireAppAccount::keyIsOnTheDiskAsSoonAsSomebodyIsLoggedIn()
+{
+    storeApiKey(m_service->url());
+    LarkspireApp window;
+    QTRY_VERIFY(window.isVisible());
+    ConfigManager::instance()->setApiKey(QStringLiteral("another-key"));
+    ConfigManager::instance()->sync();
+    emit window.findChild<AuthManager *>()->authStatusChanged(Authenticated);
+    QFile file(settingsFilePath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("Key=key-of-the-service"));
 }
 
 void TestLarkspireAppAccount::loginTakesOverTheLinkageOfTheAccount()
@@ -230,6 +245,7 @@ void TestLarkspireAppAccount::failedAutomaticLoginOfTheNetworkIsToldAndKeepsTheP
     QCOMPARE(window.findChild<QLabel *>(QStringLiteral("statusLabel"))->styleSheet(),
              QStringLiteral("color: #e74c3c; font-weight: bold;"));
     QTRY_COMPARE(trayMessage(), QStringLiteral("网络连接失败\nGateway Timeout"));
+    QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxCritical);
     QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
     QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
     QVERIFY(pumped.wait());
@@ -252,8 +268,15 @@ void TestLarkspireAppAccount::refusedAutomaticLoginIsTold()
                                {QStringLiteral("error"), QStringLiteral("密钥已停用")}};
     storeApiKey(m_service->url());
     LarkspireApp window;
+    QElapsedTimer sinceRefusal;
+    connect(window.findChild<AuthManager *>(), &AuthManager::loginFinished, this,
+            [&sinceRefusal] { sinceRefusal.start(); });
     const DialogVisit choice(methodTitle, [](QDialog &dialog) { dialog.reject(); });
     QTRY_COMPARE(trayMessage(), QStringLiteral("登录失败\n自动登录失败: 密钥已停用\n请重新登录"));
+    QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxWarning);
+    // The message has its moment before the dialog comes.
+    QTRY_VERIFY(choice.begun());
+    QVERIFY2(sinceRefusal.elapsed() > 400, qPrintable(QString::number(sinceRefusal.elapsed())));
     QTRY_VERIFY(choice.ended());
     QCOMPARE(labelText(window, "statusLabel"), QStringLiteral("就绪"));
     QVERIFY(!LarkspireAppPeer::autoLoginPending(window));

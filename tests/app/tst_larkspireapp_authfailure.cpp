@@ -69,6 +69,7 @@ void TestLarkspireAppAuthFailure::firstFailureAndTheTenSecondsAfterItAreIgnoredA
     QCOMPARE(status->styleSheet(), QStringLiteral("color: red;"));
     QCOMPARE(connection->text(), QStringLiteral("API: <span style='color: red;'>✕</span> 认证失败"));
     QTRY_COMPARE(trayMessage(), QStringLiteral("认证失败\n密钥无效"));
+    QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxCritical);
 
     // The refresh button starts the timer again; a further failure within five seconds is ignored.
     refresh->click();

@@ -19,6 +19,8 @@
 #include <QFrame>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QIcon>
+#include <QImage>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -39,6 +41,11 @@
 #include <QtTest>
 
 namespace {
+
+QImage pictureOf(const QIcon &icon)
+{
+    return icon.pixmap(QSize(32, 32)).toImage();
+}
 
 QStringList actionNames(const QList<QAction *> &actions)
 {
@@ -173,7 +180,7 @@ void TestLarkspireAppFrame::windowStartsHiddenUnderItsName()
 {
     LarkspireApp window;
     QCOMPARE(window.windowTitle(), QStringLiteral("云雀资讯"));
-    QVERIFY(!window.windowIcon().availableSizes().isEmpty());
+    QCOMPARE(pictureOf(window.windowIcon()), pictureOf(QIcon(QStringLiteral(":/icons/app.ico"))));
     QVERIFY(!window.isVisible());
     QVERIFY(!window.parent());
 }
@@ -726,7 +733,7 @@ void TestLarkspireAppFrame::aboutBoxNamesTheFeatures()
                           QStringLiteral("• 行情实时数据统计"), QStringLiteral("• 股票历史涨停分析"),
                           QStringLiteral("• 股票关联概念题材"), QStringLiteral("• 黑名单风控管理"),
                           QStringLiteral("• 通⮂同多屏同步联动"), QString()}));
-    QVERIFY(lines.last().contains(QStringLiteral("云雀工坊")));
+    QCOMPARE(lines.last(), QStringLiteral("Fernhollow 云雀工坊"));
 }
 
 void TestLarkspireAppFrame::websiteAndUpdateOpenTheMakersPages()
@@ -750,7 +757,7 @@ void TestLarkspireAppFrame::trayMenuHoldsItsEntriesInOrder()
     QSystemTrayIcon *tray = LarkspireAppPeer::trayIcon(window);
     QVERIFY(tray);
     QVERIFY(tray->isVisible());
-    QVERIFY(!tray->icon().availableSizes().isEmpty());
+    QCOMPARE(pictureOf(tray->icon()), pictureOf(QIcon(QStringLiteral(":/icons/app.ico"))));
     QCOMPARE(tray->toolTip(), QStringLiteral("云雀资讯"));
     QCOMPARE(tray->contextMenu(), LarkspireAppPeer::trayMenu(window));
     QCOMPARE(tray->contextMenu()->parent(), &window);

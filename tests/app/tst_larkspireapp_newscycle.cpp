@@ -379,6 +379,7 @@ void TestLarkspireAppNewsCycle::tickWithKnownItemsOnlyChangesNoText()
 void TestLarkspireAppNewsCycle::tickWithNewItemsPutsThemInFront()
 {
     fetch();
+    m_now = Now.addMSecs(1);
     tick(
         {newsObject(QStringLiteral("5"), QStringLiteral("新闻五"), Now.addSecs(-5)),
          newsObject(QStringLiteral("4"), QStringLiteral("新闻四"), Now.addSecs(-6), {QStringLiteral("降准")}),
@@ -393,6 +394,7 @@ void TestLarkspireAppNewsCycle::tickWithNewItemsPutsThemInFront()
     QVERIFY(table()->item(0, 0)->isSelected());
     QCOMPARE(LarkspireAppPeer::lastNewsId(*m_window), QStringLiteral("5"));
     QCOMPARE(LarkspireAppPeer::lastNewsTime(*m_window), Now.addSecs(-5));
+    QCOMPARE(LarkspireAppPeer::lastUpdateTime(*m_window), m_now);
     QCOMPARE(LarkspireAppPeer::totalNewsCount(*m_window), 5);
     QCOMPARE(LarkspireAppPeer::keywordNewsCount(*m_window), 2);
 }

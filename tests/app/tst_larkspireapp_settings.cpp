@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QImage>
@@ -35,6 +36,13 @@
 #include <limits>
 
 namespace {
+
+/// What has reached the disk, without the values that QSettings still holds.
+QByteArray onDisk()
+{
+    QFile file(settingsFilePath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 /// The tool tip on screen, null when there is none.
 QLabel *shownToolTip()
@@ -92,6 +100,7 @@ private slots:
 
     void acceptedSettingsKeepVolumeAndTopMostOfTheRunningWindow();
     void acceptedSettingsAreStoredAndApplied();
+    void settingsWithoutAKeyLeaveTheClientItsKey();
     void acceptedDarkModeDressesTheProgram();
     void changedAutoStartReachesTheSystem();
     void failedAutoStartIsToldAndTakenBack_data();
@@ -123,6 +132,7 @@ void TestLarkspireAppSettings::themeToggleTwiceReturnsToTheStandardPaletteAndAnE
     toggle->trigger();
     QCOMPARE(toggle->text(), QStringLiteral("换肤(深色)"));
     QVERIFY(ConfigManager::instance()->getDarkMode());
+    QVERIFY(onDisk().contains("DarkMode=true"));
     QCOMPARE(ThemeManager::instance()->currentTheme(), ThemeManager::DarkTheme);
     QCOMPARE(QApplication::palette().color(QPalette::Window), QColor(53, 53, 53));
     QCOMPARE(QApplication::palette().color(QPalette::Link), QColor(42, 130, 218));
@@ -132,6 +142,7 @@ void TestLarkspireAppSettings::themeToggleTwiceReturnsToTheStandardPaletteAndAnE
     toggle->trigger();
     QCOMPARE(toggle->text(), QStringLiteral("换肤(浅色)"));
     QVERIFY(!ConfigManager::instance()->getDarkMode());
+    QVERIFY(onDisk().contains("DarkMode=false"));
     QCOMPARE(ThemeManager::instance()->currentTheme(), ThemeManager::LightTheme);
     QCOMPARE(QApplication::palette(), QApplication::style()->standardPalette());
     QVERIFY(qApp->styleSheet().isEmpty());
@@ -206,6 +217,7 @@ void TestLarkspireAppSettings::savingWritesEveryFieldAndTheGeometry()
     config.showNewsDetails = true;
     config.notificationPosition = QStringLiteral("top_left");
     LarkspireAppPeer::saveSettings(window);
+    QVERIFY(onDisk().contains("ServerUrl=http://127.0.0.1:9999"));
 
     const QSettings file(settingsFilePath(), QSettings::IniFormat);
     QCOMPARE(file.value(QStringLiteral("API/ServerUrl")).toString(), QStringLiteral("http://127.0.0.1:9999"));
@@ -241,6 +253,7 @@ void TestLarkspireAppSettings::windowStoresItsSettingsWhenItGoes()
         LarkspireApp window;
         window.findChild<QSlider *>(QStringLiteral("volumeSlider"))->setValue(15);
     }
+    QVERIFY(onDisk().contains("TTSVolume=0.15"));
     QCOMPARE(ConfigManager::instance()->getTtsVolume(), 0.15);
     QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
 }
@@ -347,6 +360,19 @@ void TestLarkspireAppSettings::acceptedSettingsAreStoredAndApplied()
     card->showNotification(QString(), QStringLiteral("位置"), 1000);
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     QTRY_COMPARE(card->pos(), area.topLeft() + QPoint(20, 20));
+}
+
+void TestLarkspireAppSettings::settingsWithoutAKeyLeaveTheClientItsKey()
+{
+    ScriptedService service;
+    LarkspireApp window;
+    window.findChild<ApiClient *>()->setApiKey(QStringLiteral("key-of-the-login"));
+    AppConfig edited = LarkspireAppPeer::config(window);
+    edited.serverUrl = service.url();
+    edited.apiKey.clear();
+    LarkspireAppPeer::adoptConfig(window, edited);
+    QTRY_COMPARE(service.requestCount("newsapi/health"), 1);
+    QCOMPARE(service.lastRequest("newsapi/health").header("X-API-Key"), QByteArray("key-of-the-login"));
 }
 
 void TestLarkspireAppSettings::acceptedDarkModeDressesTheProgram()

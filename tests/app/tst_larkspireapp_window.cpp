@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QSlider>
@@ -76,6 +77,7 @@ private slots:
     void showingLeavesTheSizeAloneWhenThePlaceIsNotRemembered();
     void movingAndResizingAreStored_data();
     void movingAndResizingAreStored();
+    void startWithoutARememberedPlaceTakesTheStoredSize();
     void aWindowThatIsHiddenAndShownAgainStaysInItsPlace();
     void aSizeChosenSinceTheLastStartIsKeptThroughTheTray();
 
@@ -435,6 +437,18 @@ void TestLarkspireAppWindow::movingAndResizingAreStored()
     QCOMPARE(ConfigManager::instance()->getWindowSize(), remember ? QSize(640, 780) : QSize(3, 4));
 }
 
+void TestLarkspireAppWindow::startWithoutARememberedPlaceTakesTheStoredSize()
+{
+    {
+        const auto earlier = openWindow();
+    }
+    QVERIFY(!ConfigManager::instance()->getWindowGeometry().isEmpty());
+    ConfigManager::instance()->setRememberWindowState(false);
+    ConfigManager::instance()->setWindowSize(QSize(620, 740));
+    const auto window = openWindow();
+    QCOMPARE(window->size(), QSize(620, 740));
+}
+
 void TestLarkspireAppWindow::aWindowThatIsHiddenAndShownAgainStaysInItsPlace()
 {
     const auto window = openWindow();
@@ -682,6 +696,9 @@ void TestLarkspireAppWindow::topMostByTheBoxWorksInBothDirections()
     topMostBox(*window)->click();
     QVERIFY(onTop(*window));
     QVERIFY(ConfigManager::instance()->getEnableTopmost());
+    QFile file(settingsFilePath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("EnableTopmost=true"));
     QVERIFY(entry->isChecked());
     QCOMPARE(entry->text(), QStringLiteral("取消置顶"));
 
