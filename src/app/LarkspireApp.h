@@ -71,7 +71,7 @@ public:
 signals:
     /// The user has chosen the end of the program: the settings are stored, speech is switched off next, and
     /// the event loop ends.
-    void endBegins();
+    void endBegun();
 
 private slots:
     // The news cycle.

@@ -313,7 +313,7 @@ void LarkspireApp::onExitClicked()
     if (!confirmExit())
         return;
     saveSettings();
-    emit endBegins();
+    emit endBegun();
     if (m_speechManager)
         m_speechManager->setEnabled(false);
     QCoreApplication::quit();

@@ -71,7 +71,7 @@ int main(int argc, char *argv[])
 
     EndLimit endLimit(LongestEnd);
     LarkspireApp window;
-    QObject::connect(&window, &LarkspireApp::endBegins, &window,
+    QObject::connect(&window, &LarkspireApp::endBegun, &window,
                      [&endLimit] { endLimit.begin(EXIT_SUCCESS); });
     QObject::connect(&application, &SingleApplication::instanceStarted, &window,
                      &LarkspireApp::showAndActivateWindow);
