@@ -249,6 +249,7 @@ void StockAnalysisWidget::onLinkageComboBoxChanged(int index)
     m_linkageMode = index;
     showStatus(QStringLiteral("联动模式已切换为: ") + StockPageRules::linkageModeText(index));
     ConfigManager::instance()->setStockLinkageMode(index);
+    ConfigManager::instance()->sync();
 }
 
 void StockAnalysisWidget::showSoftware()
@@ -281,6 +282,7 @@ bool StockAnalysisWidget::switchSoftware()
     m_currentSoftware = other;
     showSoftware();
     ConfigManager::instance()->setCurrentSoftware(m_currentSoftware);
+    ConfigManager::instance()->sync();
     refreshInstancesAfterChange();
     showStatus(switchedText(), successStyle());
     return true;

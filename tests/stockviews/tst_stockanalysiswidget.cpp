@@ -22,6 +22,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QFile>
 #include <QGridLayout>
 #include <QJsonArray>
 #include <QLabel>
@@ -37,6 +38,13 @@
 #include <QTimer>
 
 namespace {
+
+/// What has reached the disk, without the values that QSettings still holds.
+QByteArray settingsOnDisk()
+{
+    QFile file(settingsFilePath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 const QString ok = QStringLiteral("OK");
 
@@ -950,6 +958,7 @@ private slots:
         page.find<QComboBox>("linkageComboBox")->setCurrentIndex(1);
         QCOMPARE(page.status(), QStringLiteral("联动模式已切换为: 通➜同 (通达信 ➜ 同花顺)"));
         QCOMPARE(ConfigManager::instance()->getStockLinkageMode(), 1);
+        QVERIFY(settingsOnDisk().contains("LinkageMode=1"));
     }
 
     void aCodeIsPassedOnByTheMode_data()
@@ -1055,6 +1064,7 @@ private slots:
         QCOMPARE(page.find<QPushButton>("softwareSwitchButton")->toolTip(),
                  QStringLiteral("当前: 同花顺\n点击切换到通达信并开启自动刷新"));
         QCOMPARE(ConfigManager::instance()->getCurrentSoftware(), QStringLiteral("ths"));
+        QVERIFY(settingsOnDisk().contains("CurrentSoftware=ths"));
         QVERIFY(!page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
         QVERIFY(page.find<QComboBox>("thsInstanceComboBox")->isVisible());
         QVERIFY(!page.page->isMonitoring());
