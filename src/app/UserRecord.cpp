@@ -1,23 +1,12 @@
 #include "app/UserRecord.h"
 
-#include "accounts/AuthTypes.h"
+#include "accounts/UserCardRules.h"
 
 namespace UserRecord {
 
 QJsonObject fromLogin(const AuthUserInfo &user)
 {
-    if (user.userId == 0)
-        return {};
-    return {
-        {QStringLiteral("id"), user.userId},
-        {QStringLiteral("username"), user.username},
-        {QStringLiteral("email"), user.email},
-        {QStringLiteral("api_key"), user.apiKey},
-        {QStringLiteral("session_token"), user.sessionToken},
-        {QStringLiteral("device_id"), user.deviceId},
-        {QStringLiteral("max_devices"), user.maxDevices},
-        {QStringLiteral("device_limit_enabled"), user.deviceLimitEnabled},
-    };
+    return user.userId == 0 ? QJsonObject() : UserCardRules::userInfoObject(user);
 }
 
 QString caption(const QJsonObject &userInfo)
