@@ -4,6 +4,7 @@
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
 #include "accounts/CustomerServiceDialog.h"
+#include "accounts/FormRow.h"
 #include "accounts/PasswordEcho.h"
 #include "accounts/RegisterDialog.h"
 #include "accounts/ResetPasswordDialog.h"
@@ -47,22 +48,6 @@ QPushButton *sizedButton(const QString &text, const QSize &size, QWidget *parent
     auto *button = new QPushButton(text, parent);
     button->setFixedSize(size);
     return button;
-}
-
-/// A row of the form whose label leads to the field by its buddy also where the field shares the row with a
-/// button.
-void addRow(QFormLayout *form, const QString &text, QLineEdit *field, QPushButton *button = nullptr)
-{
-    auto *label = new QLabel(text, field->parentWidget());
-    label->setBuddy(field);
-    label->setMinimumHeight(field->minimumHeight());
-    auto *row = new QHBoxLayout;
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
-    row->addWidget(field);
-    if (button != nullptr)
-        row->addWidget(button);
-    form->addRow(label, row);
 }
 
 QHBoxLayout *centredRow(const QList<QPushButton *> &buttons)
@@ -163,10 +148,10 @@ QWidget *EnhancedLoginDialog::buildEmailTab()
     auto *form = new QFormLayout;
     form->setVerticalSpacing(16);
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    addRow(form, QStringLiteral("用户名:"), m_usernameEdit);
-    addRow(form, QStringLiteral("邮箱:"), m_emailEdit);
-    addRow(form, QStringLiteral("密码:"), m_passwordEdit, m_passwordToggleButton);
-    addRow(form, QStringLiteral("验证码:"), m_codeEdit, m_sendCodeButton);
+    addFormRow(form, QStringLiteral("用户名:"), m_usernameEdit);
+    addFormRow(form, QStringLiteral("邮箱:"), m_emailEdit);
+    addFormRow(form, QStringLiteral("密码:"), m_passwordEdit, m_passwordToggleButton);
+    addFormRow(form, QStringLiteral("验证码:"), m_codeEdit, m_sendCodeButton);
     auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(18, 24, 18, 18);
     layout->addLayout(form);
@@ -200,7 +185,7 @@ QWidget *EnhancedLoginDialog::buildApiKeyTab()
 
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    addRow(form, QStringLiteral("API Key:"), m_apiKeyEdit);
+    addFormRow(form, QStringLiteral("API Key:"), m_apiKeyEdit);
     auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(18, 24, 18, 18);
     layout->setSpacing(12);

@@ -3,6 +3,7 @@
 #include "accounts/AccountDialogSkin.h"
 #include "accounts/AccountInputRules.h"
 #include "accounts/CodeCountdown.h"
+#include "accounts/FormRow.h"
 #include "accounts/PasswordEcho.h"
 #include "newsclient/ServiceWords.h"
 #include "settings/InputField.h"
@@ -31,19 +32,6 @@ QLineEdit *field(const QString &name, const QString &placeholder, int maxLength,
     if (maxLength > 0)
         edit->setMaxLength(maxLength);
     return edit;
-}
-
-void addRow(QFormLayout *form, const QString &text, QLineEdit *edit, QPushButton *button = nullptr)
-{
-    auto *label = new QLabel(text, edit->parentWidget());
-    label->setBuddy(edit);
-    label->setMinimumHeight(edit->minimumHeight());
-    auto *row = new QHBoxLayout;
-    row->setSpacing(8);
-    row->addWidget(edit);
-    if (button != nullptr)
-        row->addWidget(button);
-    form->addRow(label, row);
 }
 
 } // namespace
@@ -94,11 +82,11 @@ RegisterDialog::RegisterDialog(QWidget *parent)
     auto *form = new QFormLayout;
     form->setVerticalSpacing(32);
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    addRow(form, QStringLiteral("用户名:"), m_usernameEdit);
-    addRow(form, QStringLiteral("邮箱:"), m_emailEdit);
-    addRow(form, QStringLiteral("验证码:"), m_codeEdit, m_sendCodeButton);
-    addRow(form, QStringLiteral("密码:"), m_passwordEdit, m_passwordToggleButton);
-    addRow(form, QStringLiteral("确认密码:"), m_confirmPasswordEdit, m_confirmPasswordToggleButton);
+    addFormRow(form, QStringLiteral("用户名:"), m_usernameEdit);
+    addFormRow(form, QStringLiteral("邮箱:"), m_emailEdit);
+    addFormRow(form, QStringLiteral("验证码:"), m_codeEdit, m_sendCodeButton);
+    addFormRow(form, QStringLiteral("密码:"), m_passwordEdit, m_passwordToggleButton);
+    addFormRow(form, QStringLiteral("确认密码:"), m_confirmPasswordEdit, m_confirmPasswordToggleButton);
     layout->addLayout(form);
     layout->addStretch();
     auto *buttons = new QHBoxLayout;
