@@ -18,6 +18,13 @@ bool AccountInputRules::isEmailAddress(const QString &text)
     return matchesWhole(QStringLiteral("[a-zA-Z0-9._%+-]+@[a-zA-Z0-9.-]+\\.[a-zA-Z]{2,}"), text);
 }
 
+QString AccountInputRules::codeAddressFault(const QString &email)
+{
+    if (email.isEmpty())
+        return QStringLiteral("请输入邮箱地址");
+    return isEmailAddress(email) ? QString() : QStringLiteral("请输入正确的邮箱地址");
+}
+
 bool AccountInputRules::isNewUserName(const QString &text)
 {
     return matchesWhole(QStringLiteral("[a-zA-Z0-9_]{3,20}"), text);

@@ -9,6 +9,10 @@ namespace AccountInputRules {
 /// more.
 bool isEmailAddress(const QString &text);
 
+/// What is wrong with \p email, without blanks around it, as an address that registration or a password reset
+/// is to send a code to, ready to be shown; empty where nothing is.
+QString codeAddressFault(const QString &email);
+
 /// Whether \p text is a user name to register: 3 to 20 Latin letters, digits and underscores.
 bool isNewUserName(const QString &text);
 

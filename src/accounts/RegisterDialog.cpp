@@ -215,9 +215,9 @@ void RegisterDialog::onRegistrationFinished(bool success, const QString &message
 void RegisterDialog::onSendCodeClicked()
 {
     const QString email = m_emailEdit->text().trimmed();
-    if (email.isEmpty() || !AccountInputRules::isEmailAddress(email)) {
-        showError(email.isEmpty() ? QStringLiteral("请输入邮箱地址")
-                                  : QStringLiteral("请输入正确的邮箱地址"));
+    const QString fault = AccountInputRules::codeAddressFault(email);
+    if (!fault.isEmpty()) {
+        showError(fault);
         m_emailEdit->setFocus();
         return;
     }

@@ -167,9 +167,9 @@ bool ResetPasswordDialog::requireAuthManager()
 void ResetPasswordDialog::onSendVerificationCodeClicked()
 {
     const QString email = m_emailEdit->text().trimmed();
-    if (email.isEmpty() || !AccountInputRules::isEmailAddress(email)) {
-        showError(email.isEmpty() ? QStringLiteral("请输入邮箱地址")
-                                  : QStringLiteral("请输入正确的邮箱地址"));
+    const QString fault = AccountInputRules::codeAddressFault(email);
+    if (!fault.isEmpty()) {
+        showError(fault);
         m_emailEdit->setFocus();
         return;
     }

@@ -61,6 +61,21 @@ private slots:
         QCOMPARE(AccountInputRules::isEmailAddress(text), expected);
     }
 
+    void aCodeIsSentToAnAddressOnly_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expectedFault");
+        QTest::newRow("an address") << QStringLiteral("a@b.cn") << QString();
+        QTest::newRow("nothing") << QString() << QStringLiteral("请输入邮箱地址");
+        QTest::newRow("no address") << QStringLiteral("a@b") << QStringLiteral("请输入正确的邮箱地址");
+    }
+
+    void aCodeIsSentToAnAddressOnly()
+    {
+        QFETCH(const QString, text);
+        QTEST(AccountInputRules::codeAddressFault(text), "expectedFault");
+    }
+
     void aNewUserNameHasThreeToTwentyLatinCharacters_data()
     {
         QTest::addColumn<QString>("text");
