@@ -126,6 +126,8 @@ private:
     QTimer *countdown() const { return m_dialog->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly); }
     void fillLogin(const QString &name, const QString &address, const QString &password);
     /// Sends for a code with a proper address and answers the box of success.
+    void askForACode();
+    /// The same, and waits until the dialog has the keyboard again.
     void getACode();
     void useTheRealService(ServiceProcess &service);
 
@@ -161,13 +163,18 @@ void TestEnhancedLoginDialog::fillLogin(const QString &name, const QString &addr
     WindowInput::fill(field("passwordEdit"), password);
 }
 
-void TestEnhancedLoginDialog::getACode()
+void TestEnhancedLoginDialog::askForACode()
 {
     m_server->setAnswer(codeSent());
     WindowInput::fill(field("emailEdit"), email);
     const BoxAnswer box(ok());
     WindowInput::click(push("sendCodeButton"));
     QTRY_VERIFY(box.shown());
+}
+
+void TestEnhancedLoginDialog::getACode()
+{
+    askForACode();
     QVERIFY(isBack(*m_dialog));
 }
 
@@ -890,31 +897,35 @@ void TestEnhancedLoginDialog::buttonStaysUsableForTheFirstSecondOfTheCountdown()
 {
     QVERIFY(opens(*m_dialog));
     QSignalSpy ticks(countdown(), &QTimer::timeout);
-    getACode();
+    QStringList captions;
+    QList<bool> usable;
+    const QObject recorder; // goes ahead of what is recorded
+    connect(countdown(), &QTimer::timeout, &recorder, [&] {
+        captions.append(push("sendCodeButton")->text());
+        usable.append(push("sendCodeButton")->isEnabled());
+    });
+    askForACode();
     QCOMPARE(countdown()->interval(), 1000);
     QVERIFY(countdown()->isActive());
     QVERIFY(!countdown()->isSingleShot());
     QCOMPARE(ticks.count(), 0);
     QVERIFY(push("sendCodeButton")->isEnabled());
     QCOMPARE(push("sendCodeButton")->text(), text("发送验证码"));
-    QVERIFY(ticks.wait());
-    QVERIFY(!push("sendCodeButton")->isEnabled());
-    QCOMPARE(push("sendCodeButton")->text(), text("重新发送(59)"));
-    QVERIFY(ticks.wait());
-    QCOMPARE(push("sendCodeButton")->text(), text("重新发送(58)"));
+    QTRY_VERIFY(captions.size() >= 2);
+    QCOMPARE(captions.mid(0, 2), QStringList({text("重新发送(59)"), text("重新发送(58)")}));
+    QCOMPARE(usable.mid(0, 2), QList<bool>({false, false}));
 }
 
 void TestEnhancedLoginDialog::countdownEndsAfterAMinute()
 {
     QVERIFY(opens(*m_dialog));
-    QSignalSpy ticks(countdown(), &QTimer::timeout);
+    QStringList captions;
+    const QObject recorder;
+    connect(countdown(), &QTimer::timeout, &recorder,
+            [&] { captions.append(push("sendCodeButton")->text()); });
     getACode();
     countdown()->setInterval(5);
-    QStringList captions;
-    connect(countdown(), &QTimer::timeout, m_dialog.get(),
-            [&] { captions.append(push("sendCodeButton")->text()); });
     QTRY_VERIFY(!countdown()->isActive());
-    QCOMPARE(ticks.count(), 60);
     QCOMPARE(captions.size(), 60);
     QCOMPARE(captions.at(58), text("重新发送(1)"));
     QCOMPARE(captions.at(59), text("发送验证码"));
