@@ -3,8 +3,10 @@
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
 #include "support/SignalLog.h"
+#include "support/WaitUntil.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 #include <memory>
 
@@ -36,6 +38,8 @@ private slots:
     void aDeviceGetsItsKeyAndGetsItAgain();
     void anAccountIsRegisteredWithACodeAndItsPasswordReset();
     void aSessionTheServiceDoesNotKnowExpires();
+    void everyFaultOfTheServiceIsToldAndTheNextLoginWorks_data();
+    void everyFaultOfTheServiceIsToldAndTheNextLoginWorks();
 
 private:
     void start();
@@ -177,6 +181,56 @@ void TestAuthManagerOverService::aSessionTheServiceDoesNotKnowExpires()
     QVERIFY(m_log->waitFor(1));
     QCOMPARE(m_log->lines(), QStringList(text("sessionExpired()")));
     QVERIFY(!m_manager->isAuthenticated());
+}
+
+void TestAuthManagerOverService::everyFaultOfTheServiceIsToldAndTheNextLoginWorks_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QJsonObject>("further");
+    QTest::addColumn<QString>("pattern");
+
+    const QString loggedIn = text("loginFinished\\(true, API Key登录成功\\)");
+    const QString lower = text("loginFinished\\(false, 网络错误: .+\\)");
+    const QString words = text("loginFinished\\(false, 模拟的服务错误\\)");
+    const QString nothingSaid = text("loginFinished\\(false, \\)");
+    const auto row = [](const char *name, const char *kind, const QJsonObject &further,
+                        const QString &pattern) { QTest::newRow(name) << text(kind) << further << pattern; };
+    row("delay", "delay", {{text("delay_ms"), 100}}, loggedIn);
+    row("drip", "drip", {{text("bytes"), 100}, {text("interval_ms"), 1}}, loggedIn);
+    row("reset", "reset", {}, lower);
+    row("close", "close", {}, lower);
+    row("truncate", "truncate", {}, lower);
+    for (const int status : {400, 401, 403, 404, 429, 500, 503})
+        QTest::addRow("status %d", status)
+            << text("status") << QJsonObject{{text("status"), status}} << words;
+    row("not JSON", "not_json", {}, nothingSaid);
+    row("wrong types", "wrong_types", {}, nothingSaid);
+    row("no key", "change", {{text("remove"), QJsonArray{text("/api_key"), text("/data/api_key")}}},
+        text("loginFinished\\(false, 未获取到API Key\\)"));
+    row("50 MB", "huge", {}, text("loginFinished\\(false, 未获取到API Key\\)"));
+}
+
+void TestAuthManagerOverService::everyFaultOfTheServiceIsToldAndTheNextLoginWorks()
+{
+    QFETCH(QString, kind);
+    QFETCH(QJsonObject, further);
+    QFETCH(QString, pattern);
+    m_service.addFault(text("/auth/verify_apikey"), kind, further);
+    QVERIFY(m_manager->verifyApiKey(ServiceProcess::demoApiKey()));
+    const bool told = waitUntil([this] { return m_log->count(text("loginFinished")) == 1; }, 60000);
+    m_service.clearFaults();
+    QVERIFY(told);
+    const QString line = m_log->lines().last();
+    QVERIFY2(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(line).hasMatch(),
+             qPrintable(line));
+    const bool loggedIn = line.startsWith(text("loginFinished(true"));
+    QCOMPARE(m_manager->isAuthenticated(), loggedIn);
+    QCOMPARE(settings().getApiKey().isEmpty(), !loggedIn);
+
+    QVERIFY(m_manager->verifyApiKey(ServiceProcess::demoApiKey()));
+    QVERIFY(waitUntil([this] { return m_log->count(text("loginFinished")) == 2; }));
+    QCOMPARE(m_log->lines().last(), text("loginFinished(true, API Key登录成功)"));
+    QVERIFY(m_manager->isAuthenticated());
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(TestAuthManagerOverService)

@@ -11,7 +11,9 @@
 #include "support/speechplugin/SpeechStage.h"
 
 #include <QApplication>
+#include <QJsonArray>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTextBrowser>
@@ -29,10 +31,12 @@ private slots:
     void logsInWithEMailAndPassword();
     void firstNewsComesByItselfAndATickBringsWhatFollows();
     void aServiceThatFailsAndComesBackIsFollowed();
+    void throughEveryFaultTheLabelsTellAndNoItemIsLostOrShownTwice();
 
 private:
     void openWithFirstNews();
     void tick();
+    QStringList rowIds() const;
     QString text(const char *label) const
     {
         return m_window->findChild<QLabel *>(QLatin1String(label))->text();
@@ -149,6 +153,79 @@ void TestLarkspireAppService::aServiceThatFailsAndComesBackIsFollowed()
     QTRY_COMPARE(text("connectionLabel"),
                  QStringLiteral("API: <span style='color: red;'>✕</span> localhost"));
     QCOMPARE(table()->rowCount(), 31);
+}
+
+QStringList TestLarkspireAppService::rowIds() const
+{
+    QStringList ids;
+    for (int row = 0; row < table()->rowCount(); ++row)
+        ids.append(NewsTables::newsAt(table(), row).id);
+    ids.sort();
+    return ids;
+}
+
+void TestLarkspireAppService::throughEveryFaultTheLabelsTellAndNoItemIsLostOrShownTwice()
+{
+    openWithFirstNews();
+    auto *client = m_window->findChild<ApiClient *>();
+    const QString checking = QStringLiteral("正在检查新数据...");
+    const QString nothingNew = QStringLiteral("没有新数据");
+    const QString address = QStringLiteral("网络错误: 请检查API服务器地址配置");
+    const QString words = QStringLiteral("网络错误: 模拟的服务错误");
+    const QString green = QStringLiteral("API: <span style='color: green;'>●</span>");
+    const auto red = [](const QString &what) {
+        return QStringLiteral("API: <span style='color: red;'>✕</span> ") + what;
+    };
+    const QString localhost = red(QStringLiteral("localhost"));
+    const QString unknown = red(QStringLiteral("未知"));
+    const auto status = [](int code) { return QJsonObject{{QStringLiteral("status"), code}}; };
+    const struct
+    {
+        const char *kind;
+        QJsonObject further;
+        QString status;
+        QString connection;
+    } faults[] = {
+        {"delay", {{QStringLiteral("delay_ms"), 100}}, checking, green},
+        {"drip", {{QStringLiteral("bytes"), 100}, {QStringLiteral("interval_ms"), 1}}, checking, green},
+        {"drop", {}, QStringLiteral("网络错误: 连接超时，请检查网络连接"), red(QStringLiteral("连接超时"))},
+        {"reset", {}, address, localhost},
+        {"close", {}, address, localhost},
+        {"truncate", {}, address, localhost},
+        {"status", status(500), address, localhost},
+        {"status", status(404), address, localhost},
+        {"status", status(400), words, unknown},
+        {"status", status(403), words, unknown},
+        {"status", status(429), words, unknown},
+        {"not_json", {}, QStringLiteral("API错误: 数据解析失败"), red(QStringLiteral("数据格式错误"))},
+        {"wrong_types", {}, checking, green},
+        {"change", {{QStringLiteral("remove"), QJsonArray{QStringLiteral("/data/news")}}}, nothingNew, green},
+        {"huge", {}, nothingNew, green},
+    };
+    QStringList ids = rowIds();
+    QStringList titles;
+    for (const auto &fault : faults) {
+        const QString kind = QString::fromLatin1(fault.kind);
+        titles.append(QStringLiteral("第%1条，%2").arg(titles.size()).arg(kind));
+        ids.append(m_service->publish(titles.last()).value(QLatin1String("id")).toString());
+        ids.sort();
+        m_service->addFault(QStringLiteral("/newsapi/news"), kind, fault.further);
+        client->setTimeout(kind == QStringLiteral("drop") ? 200 : 60000);
+        tick();
+        auto *progress = m_window->findChild<QProgressBar *>(QStringLiteral("progressBar"));
+        QVERIFY(!progress->isHidden());
+        QTRY_VERIFY2_WITH_TIMEOUT(progress->isHidden(), fault.kind, 60000);
+        m_service->clearFaults();
+        QCOMPARE(text("statusLabel"), fault.status);
+        QCOMPARE(text("connectionLabel"), fault.connection);
+        QVERIFY(LarkspireAppPeer::refreshTimer(*m_window)->isActive());
+
+        tick();
+        QTRY_VERIFY2(progress->isHidden(), fault.kind);
+        QCOMPARE(rowIds(), ids);
+        QCOMPARE(text("connectionLabel"), green);
+    }
+    QCOMPARE(SpeechStage::instance().said(), titles);
 }
 
 int main(int argc, char *argv[])

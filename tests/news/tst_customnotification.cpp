@@ -401,6 +401,28 @@ private slots:
         QCOMPARE(m_fade->state(), QAbstractAnimation::Running);
     }
 
+    void aMouseThatHasLeftHoldsNothing()
+    {
+        show(shortTitle);
+        QEvent enter(QEvent::Enter);
+        QApplication::sendEvent(m_card, &enter);
+        m_card->onAutoHideTimer();
+        QCOMPARE(m_fade->state(), QAbstractAnimation::Stopped);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(m_card, &leave);
+        QCOMPARE(m_timer->interval(), 1000);
+        m_card->onAutoHideTimer();
+        QCOMPARE(m_fade->state(), QAbstractAnimation::Running);
+    }
+
+    void aMouseThatLeavesACardWhoseTimeRunsLeavesItThat()
+    {
+        m_card->showNotification(QString(), shortTitle, 5000);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(m_card, &leave);
+        QCOMPARE(m_timer->interval(), 5000);
+    }
+
     void aMouseThatLeavesAHiddenCardChangesNothing()
     {
         QEvent leave(QEvent::Leave);
@@ -496,6 +518,9 @@ private slots:
         QCOMPARE(card.pixelColor(middle, 0), QColor(200, 200, 200));
         QCOMPARE(card.pixelColor(middle, 3), QColor(0xD9, 0xDB, 0xDC));
         QCOMPARE(card.pixelColor(3, card.height() / 2), QColor(0xD9, 0xDB, 0xDC));
+        // The corner's arc has a radius of 12.
+        QCOMPARE(card.pixelColor(2, 2).alpha(), 0);
+        QCOMPARE(card.pixelColor(4, 4).alpha(), 255);
     }
 
     void whatIsBehindShowsInTheCornersWithoutACompositor()

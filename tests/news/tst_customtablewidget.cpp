@@ -166,17 +166,27 @@ private slots:
         tip.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
         QCOMPARE(image.pixelColor(290, 70), QColor(QStringLiteral("#16213e")));
         QCOMPARE(image.pixelColor(0, 0).alpha(), 0);
-        bool hasText = false;
-        bool hasFrame = false;
+        // A frame of width 1 on the edge covers half of its pixels.
+        const QColor frame = image.pixelColor(150, 0);
+        QVERIFY2(qAbs(frame.red() - (0x16 + 0x2e) / 2) <= 2 && qAbs(frame.green() - (0x21 + 0xd5) / 2) <= 2 &&
+                     qAbs(frame.blue() - (0x3e + 0x73) / 2) <= 2,
+                 qPrintable(frame.name()));
+        QCOMPARE(image.pixelColor(150, 1), QColor(QStringLiteral("#16213e")));
+        // The arc of the corner has a radius of 10: it just touches this pixel.
+        const int touched = image.pixelColor(2, 2).alpha();
+        QVERIFY2(touched > 0 && touched < 60, qPrintable(QString::number(touched)));
+
+        QRect ink;
         for (int x = 0; x < image.width(); ++x) {
             for (int y = 0; y < image.height(); ++y) {
-                hasText = hasText || image.pixelColor(x, y) == QColor(QStringLiteral("#eeeeee"));
-                const QColor here = image.pixelColor(x, y);
-                hasFrame = hasFrame || (here.green() > 100 && here.red() < here.green() / 2);
+                if (image.pixelColor(x, y) == QColor(QStringLiteral("#eeeeee")))
+                    ink |= QRect(x, y, 1, 1);
             }
         }
-        QVERIFY(hasText);
-        QVERIFY(hasFrame);
+        QVERIFY(!ink.isEmpty());
+        // At the left and the top of what the margins leave.
+        QVERIFY2(ink.left() >= 8 && ink.left() < 14 && ink.top() >= 8 && ink.bottom() < 40,
+                 qPrintable(QStringLiteral("%1 %2 %3").arg(ink.left()).arg(ink.top()).arg(ink.bottom())));
     }
 
     void hoveringATitleShowsIt()

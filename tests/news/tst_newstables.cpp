@@ -359,6 +359,27 @@ private slots:
         QCOMPARE(view.wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
     }
 
+    void theMainViewAloneIsClearedFirstAndWrapsAnew_data() { addKinds(); }
+
+    void theMainViewAloneIsClearedFirstAndWrapsAnew()
+    {
+        QFETCH(NewsTableKind, kind);
+        const bool isMain = kind == NewsTableKind::Main;
+        QTextBrowser view;
+        NewsTables::setUpDetailsView(&view);
+        view.setPlainText(QStringLiteral("vorher"));
+        view.setLineWrapMode(QTextEdit::NoWrap);
+        view.setWordWrapMode(QTextOption::NoWrap);
+        int emptied = 0;
+        connect(&view, &QTextEdit::textChanged, &view,
+                [&view, &emptied] { emptied += view.document()->isEmpty() ? 1 : 0; });
+        NewsTables::showDetails(&view, kind, news(1, 0), NewsSkin::Light);
+        QCOMPARE(emptied > 0, isMain);
+        QCOMPARE(view.lineWrapMode(), isMain ? QTextEdit::WidgetWidth : QTextEdit::NoWrap);
+        QCOMPARE(view.wordWrapMode(),
+                 isMain ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::NoWrap);
+    }
+
     void aClickOnTheLinkReachesTheWindow()
     {
         QTextBrowser view;

@@ -1,9 +1,11 @@
 #include "newsclient/ApiClient.h"
+#include "newsclient/ApiClientPeer.h"
 #include "newsclient/NewsSignalLog.h"
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 namespace {
 
@@ -29,6 +31,8 @@ private slots:
     void anUnknownKeyIsRefused();
     void aRefusedKeywordIsToldInTheServicesWords();
     void aUserIsDescribed();
+    void everyFaultOfTheServiceIsToldAndTheItemComesAfterIt_data();
+    void everyFaultOfTheServiceIsToldAndTheItemComesAfterIt();
 
 private:
     ServiceProcess m_service;
@@ -151,6 +155,77 @@ void TestApiClientOverService::aUserIsDescribed()
     QCOMPARE(m_seen->log.names(), QStringList(text("userInfoReceived")));
     const QJsonObject user = m_seen->log.entries().first().arguments.first().toJsonObject();
     QCOMPARE(user.value(QLatin1String("email")).toString(), ServiceProcess::demoEmail());
+}
+
+void TestApiClientOverService::everyFaultOfTheServiceIsToldAndTheItemComesAfterIt_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QJsonObject>("further");
+    QTest::addColumn<int>("limitMs");
+    QTest::addColumn<QString>("pattern"); // of the one signal; %1 stands for the item, %2 for the service
+
+    const int ampleMs = 60000;
+    const int shortMs = 200;
+    const QString item = text("incrementalNewsReceived\\(\\[%1\\]\\)");
+    const QString nothing = text("incrementalNewsReceived\\(\\[\\]\\)");
+    const QString timedOut = text("networkError\\(请求超时\\)");
+    const QString words = text("(模拟的服务错误)\\)");
+    const auto lower = [](int error) {
+        return text("networkError\\(网络错误 \\(%3\\): .+\n服务器地址: %2/\\)")
+            .replace(text("%3"), QString::number(error));
+    };
+    const auto row = [](const char *name, const char *kind, const QJsonObject &further, int limitMs,
+                        const QString &pattern) {
+        QTest::newRow(name) << text(kind) << further << limitMs << pattern;
+    };
+    row("delay", "delay", {{text("delay_ms"), 100}}, ampleMs, item);
+    row("drip", "drip", {{text("bytes"), 100}, {text("interval_ms"), 1}}, ampleMs, item);
+    row("drip that takes too long", "drip", {{text("interval_ms"), 50}}, shortMs, timedOut);
+    row("drop", "drop", {}, shortMs, timedOut);
+    row("reset", "reset", {}, ampleMs, lower(2));
+    row("close", "close", {}, ampleMs, lower(2));
+    row("truncate", "truncate", {}, ampleMs, lower(2));
+    row("status 500", "status", {}, ampleMs, lower(401));
+    row("status 503", "status", {{text("status"), 503}}, ampleMs, lower(403));
+    row("status 404", "status", {{text("status"), 404}}, ampleMs, lower(203));
+    row("status 400", "status", {{text("status"), 400}}, ampleMs, text("networkError\\(") + words);
+    row("status 401", "status", {{text("status"), 401}}, ampleMs, text("authenticationFailed\\(") + words);
+    row("status 403", "status", {{text("status"), 403}}, ampleMs, text("networkError\\(") + words);
+    row("status 429", "status", {{text("status"), 429}, {text("wait_seconds"), 9}}, ampleMs,
+        text("networkError\\(") + words);
+    row("not JSON", "not_json", {}, ampleMs, text("errorOccurred\\(JSON解析错误: .+\\)"));
+    row("wrong types", "wrong_types", {}, ampleMs, nothing);
+    row("a change", "change", {{text("remove"), QJsonArray{text("/data/news")}}}, ampleMs, nothing);
+    row("50 MB", "huge", {}, ampleMs, nothing);
+}
+
+void TestApiClientOverService::everyFaultOfTheServiceIsToldAndTheItemComesAfterIt()
+{
+    QFETCH(QString, kind);
+    QFETCH(QJsonObject, further);
+    QFETCH(int, limitMs);
+    QFETCH(QString, pattern);
+    const QString oldId = m_service.publish(text("较早的一条"), 60).value(QLatin1String("id")).toString();
+    const QString newId = m_service.publish(text("较新的一条")).value(QLatin1String("id")).toString();
+    m_service.addFault(text("/newsapi/news"), kind, further);
+    m_client->setTimeout(limitMs);
+    m_client->getNewsAfterId(oldId, 1);
+    const bool told = m_seen->log.waitFor(1, 60000);
+    m_service.clearFaults();
+    QVERIFY(told);
+    QVERIFY(ApiClientPeer::settles(*m_client));
+    QCOMPARE(m_seen->log.entries().size(), 1);
+    QString expected = pattern;
+    expected.replace(text("%1"), QRegularExpression::escape(newId))
+        .replace(text("%2"), QRegularExpression::escape(m_service.baseUrl()));
+    const QString line = m_seen->log.lines().first();
+    QVERIFY2(QRegularExpression(QRegularExpression::anchoredPattern(expected)).match(line).hasMatch(),
+             qPrintable(line));
+
+    m_client->setTimeout(60000);
+    m_client->getNewsAfterId(oldId, 1);
+    QVERIFY(m_seen->log.waitFor(2));
+    QCOMPARE(m_seen->log.lines().last(), text("incrementalNewsReceived([%1])").arg(newId));
 }
 
 LARKSPIRE_GUILESS_TEST_MAIN(TestApiClientOverService)

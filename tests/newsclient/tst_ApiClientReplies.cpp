@@ -53,6 +53,7 @@ private slots:
     void aLoginTakesOverKeyTokenAndDevice();
     void theTokenOfALoginIsNotStored();
     void aLoginWithoutTokenIdentifiesByTheNewKeyAndDevice();
+    void aClientThatWasToldNoDeviceIsADesktopOfThisVersion();
     void aLoginByCodeTakesOverTheToken_data();
     void aLoginByCodeTakesOverTheToken();
 
@@ -61,6 +62,8 @@ private slots:
     void aConnectionTestThatNobodyAskedForReauthenticatesNothing();
     void aStoredRequestIsSentAfterReauthenticating();
     void aStoredRequestWaitsWhenReauthenticatingFails();
+    void halfAStoredRequestIsNotSent_data();
+    void halfAStoredRequestIsNotSent();
     void noOperationStoresARequest();
 
     void overlappingRepliesAreReadUnderTheNewestTag();
@@ -504,6 +507,27 @@ void TestApiClientReplies::aLoginWithoutTokenIdentifiesByTheNewKeyAndDevice()
     QCOMPARE(server.requests().at(1).header("X-Device-ID"), QByteArray("d-2"));
 }
 
+void TestApiClientReplies::aClientThatWasToldNoDeviceIsADesktopOfThisVersion()
+{
+    RawHttpServer server;
+    server.queueAnswer(RawAnswer::body(R"({"success": true, "data": {"device_id": "d-2"}})"));
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    NewsSignalLog seen(client);
+    client.loginUser(text("li"), text("secret"));
+    QVERIFY(seen.log.waitFor(1));
+    client.healthCheck();
+    QVERIFY(server.waitForRequests(2));
+    const RawRequest &request = server.requests().at(1);
+    QCOMPARE(request.header("X-Device-ID"), QByteArray("d-2"));
+    QCOMPARE(request.header("X-Device-Type"), QByteArray("desktop"));
+    QCOMPARE(request.header("X-App-Version"), QByteArray("2.0.1"));
+    for (const char *name : {"X-Device-Name", "X-OS-Info"}) {
+        QVERIFY(request.hasHeader(name));
+        QCOMPARE(request.header(name), QByteArray());
+    }
+}
+
 void TestApiClientReplies::aLoginByCodeTakesOverTheToken_data()
 {
     QTest::addColumn<QByteArray>("reply");
@@ -625,6 +649,31 @@ void TestApiClientReplies::aStoredRequestWaitsWhenReauthenticatingFails()
     client.reauthenticate();
     QVERIFY(server.waitForRequests(1));
     QVERIFY(ApiClientPeer::settles(client));
+    QCOMPARE(server.requests().size(), 1);
+    QVERIFY(!ApiClientPeer::nothingPending(client));
+}
+
+void TestApiClientReplies::halfAStoredRequestIsNotSent_data()
+{
+    QTest::addColumn<QString>("tag");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("no tag") << QString() << text("newsapi/news");
+    QTest::newRow("no path") << text("getNews") << QString();
+}
+
+void TestApiClientReplies::halfAStoredRequestIsNotSent()
+{
+    QFETCH(QString, tag);
+    QFETCH(QString, path);
+    RawHttpServer server;
+    server.setAnswer(RawAnswer::body(R"({"success": true})"));
+    ApiClient client;
+    client.setBaseUrl(server.url());
+    ApiClientPeer::setPending(client, tag, path, text("GET"), {});
+    NewsSignalLog seen(client);
+    client.reauthenticate();
+    QVERIFY(ApiClientPeer::settles(client));
+    QCOMPARE(seen.log.names(), QStringList({text("sessionRefreshed"), text("apiConnectionTestResult")}));
     QCOMPARE(server.requests().size(), 1);
     QVERIFY(!ApiClientPeer::nothingPending(client));
 }

@@ -6,6 +6,7 @@
 #include "support/RawHttpServer.h"
 
 #include <QCoreApplication>
+#include <QMetaMethod>
 #include <QNetworkProxy>
 #include <QUrlQuery>
 
@@ -45,6 +46,8 @@ private slots:
     void init();
     void everyOperationSendsItsMethodPathAndBody_data();
     void everyOperationSendsItsMethodPathAndBody();
+    void operationsThatAreSlotsCanBeInvokedByName_data();
+    void operationsThatAreSlotsCanBeInvokedByName();
     void textsInAQueryArriveAsTheyAre_data();
     void textsInAQueryArriveAsTheyAre();
     void aRequestIdentifiesItselfInOneOfThreeWays_data();
@@ -203,6 +206,42 @@ void TestApiClientRequests::everyOperationSendsItsMethodPathAndBody()
     const RawRequest &request = server.requests().first();
     QCOMPARE(request.method + ' ' + request.target, line);
     QCOMPARE(request.body, body);
+}
+
+void TestApiClientRequests::operationsThatAreSlotsCanBeInvokedByName_data()
+{
+    QTest::addColumn<QByteArray>("signature");
+    // The shorter forms are those of the default arguments.
+    for (const char *signature : {"setTimeout(int)",
+                                  "getUserInfo()",
+                                  "bindWechat(QString)",
+                                  "bindEmail(QString)",
+                                  "generateWechatQr(QString)",
+                                  "verifyWechatQr(QString)",
+                                  "sendEmailVerification(QString)",
+                                  "sendEmailVerification(QString,QString)",
+                                  "sendEmailVerificationForReset(QString)",
+                                  "sendEmailVerificationForReset(QString,QString)",
+                                  "verifyEmailCode(QString,QString)",
+                                  "verifyEmailCode(QString,QString,QString)",
+                                  "registerUser(QString,QString,QString,QString)",
+                                  "loginUser(QString,QString)",
+                                  "loginUser(QString,QString,QString)",
+                                  "loginUser(QString,QString,QString,QString)",
+                                  "loginUser(QString,QString,QString,QString,QString)",
+                                  "loginUser(QString,QString,QString,QString,QString,QString)",
+                                  "resetPassword(QString,QString,QString)",
+                                  "reauthenticate()"})
+        QTest::newRow(signature) << QByteArray(signature);
+}
+
+void TestApiClientRequests::operationsThatAreSlotsCanBeInvokedByName()
+{
+    QFETCH(QByteArray, signature);
+    const QMetaObject &client = ApiClient::staticMetaObject;
+    const int index = client.indexOfSlot(signature.constData());
+    QVERIFY(index >= 0);
+    QCOMPARE(client.method(index).access(), QMetaMethod::Public);
 }
 
 void TestApiClientRequests::textsInAQueryArriveAsTheyAre_data()
