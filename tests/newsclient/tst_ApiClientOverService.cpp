@@ -182,7 +182,12 @@ void TestApiClientOverService::everyFaultOfTheServiceIsToldAndTheItemComesAfterI
     row("drip", "drip", {{text("bytes"), 100}, {text("interval_ms"), 1}}, ampleMs, item);
     row("drip that takes too long", "drip", {{text("interval_ms"), 50}}, shortMs, timedOut);
     row("drop", "drop", {}, shortMs, timedOut);
+#ifdef Q_OS_WIN
+    // Wine 8 does not tell a socket that waits for an answer of a reset; the time limit ends the request.
+    row("reset", "reset", {}, 2000, QStringLiteral("(%1|%2)").arg(lower(2), timedOut));
+#else
     row("reset", "reset", {}, ampleMs, lower(2));
+#endif
     row("close", "close", {}, ampleMs, lower(2));
     row("truncate", "truncate", {}, ampleMs, lower(2));
     row("status 500", "status", {}, ampleMs, lower(401));
