@@ -34,9 +34,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QNetworkAccessManager>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSplitter>
@@ -196,6 +198,20 @@ void LarkspireApp::buildInterface()
         resize(m_config.windowSize);
 }
 
+void LarkspireApp::setupMenuKeys()
+{
+    const std::pair<Qt::Key, QMenu *> keys[] = {{Qt::Key_F, m_ui->menuFile},
+                                                {Qt::Key_T, m_ui->menuTool},
+                                                {Qt::Key_U, m_ui->menuUser},
+                                                {Qt::Key_H, m_ui->menuHelp}};
+    for (const auto &[key, menu] : keys) {
+        auto *shortcut = new QShortcut(QKeySequence(static_cast<int>(Qt::ALT) + key), m_ui->menubar);
+        connect(shortcut, &QShortcut::activated, menu,
+                [this, opened = menu] { m_ui->menubar->setActiveAction(opened->menuAction()); });
+    }
+    m_ui->actionCustomerService->setShortcut(QKeySequence(static_cast<int>(Qt::ALT) + Qt::Key_C));
+}
+
 void LarkspireApp::setupConnections()
 {
     connect(m_refreshTimer, &QTimer::timeout, this, &LarkspireApp::onRefreshTimer);
@@ -232,6 +248,7 @@ void LarkspireApp::setupConnections()
     connect(m_customNotification, &CustomNotification::notificationClicked, this,
             &LarkspireApp::showAndActivateWindow);
 
+    setupMenuKeys();
     connect(m_ui->actionExit, &QAction::triggered, this, &LarkspireApp::onExitClicked);
     connect(m_ui->actionConfig, &QAction::triggered, this, &LarkspireApp::onConfigButtonClicked);
     connect(m_ui->actionKeywordManager, &QAction::triggered, this, &LarkspireApp::onKeywordManagerClicked);

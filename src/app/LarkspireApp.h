@@ -165,6 +165,8 @@ private:
     void buildInterface();
     void setupTrayIcon();
     void setupConnections();
+    /// The keys that the captions of the menu bar name, with Alt; the captions carry no mark for them.
+    void setupMenuKeys();
     void setupTables();
     void applyConfig(bool showWindow);
     void applyTheme(bool dark);

@@ -6,6 +6,7 @@
 
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScreen>
 #include <QTimer>
 
@@ -94,6 +95,19 @@ void CustomTableWidget::keyPressEvent(QKeyEvent *event)
     QTableWidget::keyPressEvent(event);
     if (currentRow() >= 0 && currentRow() != before)
         emit rowReachedByKey(currentRow());
+}
+
+void CustomTableWidget::mousePressEvent(QMouseEvent *event)
+{
+    // Only what counts as a click may choose a row: the one that is chosen is the one whose details show.
+    if (event->button() == Qt::LeftButton)
+        QTableWidget::mousePressEvent(event);
+}
+
+void CustomTableWidget::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        QTableWidget::mouseDoubleClickEvent(event);
 }
 
 void CustomTableWidget::leaveEvent(QEvent *event)

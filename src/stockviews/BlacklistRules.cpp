@@ -123,6 +123,11 @@ QString failureStyle()
     return statusStyle("#e74c3c");
 }
 
+QString checkingText()
+{
+    return QStringLiteral("正在检查黑名单状态...");
+}
+
 QString progressStyle()
 {
     return statusStyle("#3498db");

@@ -47,6 +47,9 @@ LabelContent unlistedName(const QString &name, const QString &code, const StockR
 LabelContent listedButton(const QString &reason);
 LabelContent unlistedButton();
 
+/// What the status line says while a check of the button's is under way.
+QString checkingText();
+
 // Styles of the status line.
 QString failureStyle();
 QString progressStyle();

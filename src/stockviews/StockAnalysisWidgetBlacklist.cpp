@@ -5,6 +5,7 @@
 #include "stockclient/StockApiClient.h"
 #include "stockviews/AddToBlacklistDialog.h"
 #include "stockviews/BlacklistRules.h"
+#include "stockviews/ElidingLabel.h"
 #include "stockviews/OpenedBox.h"
 #include "stockviews/StockAnalysisUi.h"
 #include "stockviews/StockAnalysisWidget.h"
@@ -129,5 +130,10 @@ void StockAnalysisWidget::showAddToBlacklistDialog()
     auto *dialog = new AddToBlacklistDialog(stock.name, stock.code, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, m_blacklist, [this, dialog] { m_blacklist->add(dialog->reason()); });
+    connect(dialog, &QDialog::rejected, this, [this] {
+        // The check is long over, and nothing else has been told since.
+        if (m_ui->statusLabel->text() == BlacklistRules::checkingText())
+            showStatus(QString());
+    });
     dialog->open();
 }

@@ -12,6 +12,7 @@
 
 #include <QEvent>
 #include <QLabel>
+#include <QPalette>
 #include <QProgressBar>
 #include <QTimer>
 
@@ -53,9 +54,14 @@ void StockAnalysisWidget::displayOpeningData(const ComprehensiveStockInfo &info)
 void StockAnalysisWidget::showActivity(double activity)
 {
     const StockRendering::ActivityContent content = StockRendering::marketActivity(activity);
-    m_ui->marketActivityProgressBar->setValue(content.value);
-    if (m_ui->marketActivityProgressBar->styleSheet() != content.style)
-        m_ui->marketActivityProgressBar->setStyleSheet(content.style);
+    QProgressBar *bar = m_ui->marketActivityProgressBar;
+    bar->setValue(content.value);
+    if (bar->styleSheet() != content.style)
+        bar->setStyleSheet(content.style);
+    QPalette palette;
+    if (content.textColor.isValid())
+        palette.setColor(QPalette::Text, content.textColor);
+    bar->setPalette(palette);
 }
 
 void StockAnalysisWidget::displayPlainCode(const QString &code)

@@ -59,7 +59,7 @@ void StockBlacklist::manage()
         showFailure(QStringLiteral("请先查询股票信息"));
         return;
     }
-    emit statusShown(QStringLiteral("正在检查黑名单状态..."), BlacklistRules::progressStyle());
+    emit statusShown(BlacklistRules::checkingText(), BlacklistRules::progressStyle());
     m_isManualBlacklistCheck = true;
     sendCheck();
 }

@@ -651,10 +651,15 @@ ActivityContent marketActivity(double activity)
         chunk = "#4CAF50";
     else if (activity >= 50)
         chunk = "#FF9800";
-    return {static_cast<int>(std::min(activity, full)),
-            QStringLiteral("QProgressBar { border: 1px solid #555; border-radius: 3px; text-align: center; "
-                           "background-color: #5a5a5a; } QProgressBar::chunk { background-color: %1; }")
-                .arg(latin(chunk))};
+    ActivityContent content;
+    content.value = static_cast<int>(std::min(activity, full));
+    content.style =
+        QStringLiteral("QProgressBar { border: 1px solid #555; border-radius: 3px; text-align: center; "
+                       "background-color: #5a5a5a; } QProgressBar::chunk { background-color: %1; }")
+            .arg(latin(chunk));
+    // The text stands in the middle: on the chunk from half way on, on the bar's dark ground before.
+    content.textColor = content.value >= 50 ? Qt::black : Qt::white;
+    return content;
 }
 
 LabelContents comprehensiveInfo(const ComprehensiveStockInfo &info, const QDateTime &now,

@@ -4,6 +4,7 @@
 #include "stockviews/LabelContent.h"
 #include "stockviews/StockRenderSettings.h"
 
+#include <QColor>
 #include <QDate>
 #include <QDateTime>
 #include <QString>
@@ -50,8 +51,9 @@ LabelContents openingData(const StockInfo &info, const LimitStats &stats, const 
 /// What the bar of the market's activity shows.
 struct ActivityContent
 {
-    int value = 0; ///< 0 to 100
-    QString style; ///< the bar's whole style sheet
+    int value = 0;    ///< 0 to 100
+    QString style;    ///< the bar's whole style sheet
+    QColor textColor; ///< readable on what lies beneath the middle of the bar; invalid for the skin's own
 };
 ActivityContent marketActivity(double activity);
 

@@ -1,3 +1,4 @@
+#include "accounts/CustomerServiceDialog.h"
 #include "app/AppTestSupport.h"
 #include "app/LarkspireAppPeer.h"
 #include "desktop/AutoStartManager.h"
@@ -90,6 +91,9 @@ private slots:
     void searchPageLivesWithoutATab();
     void controlRowHoldsItsWidgetsInOrder();
     void menusHoldTheirEntriesInOrder();
+    void keyInTheCaptionOpensTheMenu_data();
+    void keyInTheCaptionOpensTheMenu();
+    void keyOfTheSupportOpensItsDialog();
     void statusBarItemsHaveFixedPlaces_data();
     void statusBarItemsHaveFixedPlaces();
     void startNoticePassesWithoutCoveringTheStatus();
@@ -375,6 +379,45 @@ void TestLarkspireAppFrame::menusHoldTheirEntriesInOrder()
                           QStringLiteral("软件更新"), QStringLiteral("关于")}));
     QCOMPARE(window.findChild<QAction *>(QStringLiteral("actionCustomerService"))->text(),
              QStringLiteral("客服(C)"));
+}
+
+void TestLarkspireAppFrame::keyInTheCaptionOpensTheMenu_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<QString>("menu");
+    QTest::newRow("file") << Qt::Key_F << QStringLiteral("menuFile");
+    QTest::newRow("tools") << Qt::Key_T << QStringLiteral("menuTool");
+    QTest::newRow("user") << Qt::Key_U << QStringLiteral("menuUser");
+    QTest::newRow("help") << Qt::Key_H << QStringLiteral("menuHelp");
+}
+
+void TestLarkspireAppFrame::keyInTheCaptionOpensTheMenu()
+{
+    QFETCH(Qt::Key, key);
+    QFETCH(QString, menu);
+    LarkspireApp window;
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    auto *opened = window.findChild<QMenu *>(menu);
+    QTest::keyClick(&window, key, Qt::AltModifier);
+    QTRY_COMPARE(QApplication::activePopupWidget(), static_cast<QWidget *>(opened));
+    QVERIFY(opened->title().endsWith(QStringLiteral("(%1)").arg(QLatin1Char(static_cast<char>(key)))));
+    opened->close();
+    // In compact mode there is no menu bar, and no menu of it.
+    window.menuBar()->hide();
+    QTest::keyClick(&window, key, Qt::AltModifier);
+    QVERIFY(!opened->isVisible());
+}
+
+void TestLarkspireAppFrame::keyOfTheSupportOpensItsDialog()
+{
+    LarkspireApp window;
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
+    QTRY_VERIFY(window.findChild<CustomerServiceDialog *>()->isVisible());
 }
 
 void TestLarkspireAppFrame::statusBarItemsHaveFixedPlaces_data()

@@ -60,6 +60,8 @@ private slots:
     void detailsFollowTheKeyboard_data();
     void detailsFollowTheKeyboard();
     void withDetailsOffTheKeyboardShowsNothing();
+    void otherButtonsChooseNoRow_data();
+    void otherButtonsChooseNoRow();
     void tabLeavesATable_data();
     void tabLeavesATable();
     void clickWithDetailsOffShowsATip_data();
@@ -262,6 +264,30 @@ void TestLarkspireAppTables::detailsFollowTheKeyboard()
         QTest::keyClick(table(name), key);
         QVERIFY2(shown(row), qPrintable(QString::number(row)));
     }
+}
+
+void TestLarkspireAppTables::otherButtonsChooseNoRow_data()
+{
+    QTest::addColumn<int>("mouseButton");
+    QTest::newRow("right") << static_cast<int>(Qt::RightButton);
+    QTest::newRow("middle") << static_cast<int>(Qt::MiddleButton);
+}
+
+void TestLarkspireAppTables::otherButtonsChooseNoRow()
+{
+    QFETCH(int, mouseButton);
+    const auto button = static_cast<Qt::MouseButton>(mouseButton);
+    auto *main = table(QStringLiteral("newsTableWidget"));
+    fill(main->objectName());
+    QTest::mouseClick(main->viewport(), Qt::LeftButton, Qt::KeyboardModifiers(), titleOf(main, 0));
+    const auto *details = m_window->findChild<QTextBrowser *>(QStringLiteral("detailsTextEdit"));
+    const QString shown = details->toPlainText();
+    QTest::mouseClick(main->viewport(), button, Qt::KeyboardModifiers(), titleOf(main, 2));
+    QTest::mouseDClick(main->viewport(), button, Qt::KeyboardModifiers(), titleOf(main, 2));
+    QCOMPARE(main->currentRow(), 0);
+    QVERIFY(main->item(0, 0)->isSelected());
+    QCOMPARE(details->toPlainText(), shown);
+    QVERIFY(SpeechStage::instance().said().isEmpty());
 }
 
 void TestLarkspireAppTables::withDetailsOffTheKeyboardShowsNothing()

@@ -1016,18 +1016,19 @@ void TestStockRendering::theActivityFillsItsBar_data()
     QTest::addColumn<double>("activity");
     QTest::addColumn<int>("value");
     QTest::addColumn<QString>("chunk");
-    QTest::newRow("below nought") << -1.0 << 0 << QString();
-    QTest::newRow("nought") << 0.0 << 0 << QString();
-    QTest::newRow("just above nought") << 0.5 << 0 << text("#F44336");
-    QTest::newRow("below the middle") << 49.99 << 49 << text("#F44336");
-    QTest::newRow("the middle") << 50.0 << 50 << text("#FF9800");
-    QTest::newRow("above the middle") << 50.01 << 50 << text("#FF9800");
-    QTest::newRow("below high") << 79.99 << 79 << text("#FF9800");
-    QTest::newRow("high") << 80.0 << 80 << text("#4CAF50");
-    QTest::newRow("above high") << 80.01 << 80 << text("#4CAF50");
-    QTest::newRow("full") << 100.0 << 100 << text("#4CAF50");
-    QTest::newRow("beyond the bar") << 1e300 << 100 << text("#4CAF50");
-    QTest::newRow("no number") << qQNaN() << 0 << QString();
+    QTest::addColumn<QColor>("textColor");
+    QTest::newRow("below nought") << -1.0 << 0 << QString() << QColor();
+    QTest::newRow("nought") << 0.0 << 0 << QString() << QColor();
+    QTest::newRow("just above nought") << 0.5 << 0 << text("#F44336") << QColor(Qt::white);
+    QTest::newRow("below the middle") << 49.99 << 49 << text("#F44336") << QColor(Qt::white);
+    QTest::newRow("the middle") << 50.0 << 50 << text("#FF9800") << QColor(Qt::black);
+    QTest::newRow("above the middle") << 50.01 << 50 << text("#FF9800") << QColor(Qt::black);
+    QTest::newRow("below high") << 79.99 << 79 << text("#FF9800") << QColor(Qt::black);
+    QTest::newRow("high") << 80.0 << 80 << text("#4CAF50") << QColor(Qt::black);
+    QTest::newRow("above high") << 80.01 << 80 << text("#4CAF50") << QColor(Qt::black);
+    QTest::newRow("full") << 100.0 << 100 << text("#4CAF50") << QColor(Qt::black);
+    QTest::newRow("beyond the bar") << 1e300 << 100 << text("#4CAF50") << QColor(Qt::black);
+    QTest::newRow("no number") << qQNaN() << 0 << QString() << QColor();
 }
 
 void TestStockRendering::theActivityFillsItsBar()
@@ -1035,8 +1036,10 @@ void TestStockRendering::theActivityFillsItsBar()
     QFETCH(double, activity);
     QFETCH(int, value);
     QFETCH(QString, chunk);
+    QFETCH(QColor, textColor);
     const StockRendering::ActivityContent content = StockRendering::marketActivity(activity);
     QCOMPARE(content.value, value);
+    QCOMPARE(content.textColor, textColor);
     QCOMPARE(content.style,
              chunk.isEmpty()
                  ? QString()

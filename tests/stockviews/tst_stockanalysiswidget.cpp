@@ -472,7 +472,9 @@ private slots:
         QCOMPARE(page.text("ma5StatusLabel"), QStringLiteral("<b>开盘连续5天站上五日线</b>"));
         QVERIFY(page.text("openingTurnoverValueLabel").contains(QStringLiteral("1.32%")));
         QVERIFY(page.text("trendSignalsLabel").contains(QStringLiteral("放量突破")));
-        QCOMPARE(page.find<QProgressBar>("marketActivityProgressBar")->value(), 86);
+        const auto *activity = page.find<QProgressBar>("marketActivityProgressBar");
+        QCOMPARE(activity->value(), 86);
+        QCOMPARE(activity->palette().color(QPalette::Text), QColor(Qt::black));
     }
 
     void openingDataOfYesterdayAreShownUntilTenPastNine()
@@ -734,7 +736,9 @@ private slots:
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral(">%1</a>").arg(text)));
         QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("--"));
         QCOMPARE(page.style("firstBoardCountValueLabel"), QString());
-        QCOMPARE(page.find<QProgressBar>("marketActivityProgressBar")->value(), 0);
+        const auto *activity = page.find<QProgressBar>("marketActivityProgressBar");
+        QCOMPARE(activity->value(), 0);
+        QCOMPARE(activity->palette().color(QPalette::Text), page.page->palette().color(QPalette::Text));
         QCOMPARE(page.page->currentStockCode(), text);
         QCOMPARE(page.status(), QStringLiteral("检测到股票代码变化:  -> ") + text);
         QCOMPARE(queries(page).size(), 1);

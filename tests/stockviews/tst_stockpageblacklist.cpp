@@ -427,6 +427,8 @@ void TestStockPageBlacklist::leavingTheDialogAddsNothing()
     });
     WindowInput::click(button());
     QTRY_VERIFY(visit.ended());
+    // Nothing is under way any more.
+    QTRY_COMPARE(status(), QString());
     follow("000001");
     QCOMPARE(m_service->requestCount(QStringLiteral("POST /stockhelper/blacklist")), 0);
     // The dialog is gone for good, and the next one is empty.
