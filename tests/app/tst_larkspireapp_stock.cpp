@@ -67,6 +67,8 @@ private slots:
     void aProgramThatIsStartedAgainIsFollowedAgain();
     void whatIsNoStockAndWhatIsUnknownIsSaid();
     void aServiceThatIsDownKeepsTheStockOnShow();
+    void aServiceThatAnswersWithAnotherCodeIsTakenAtItsWord();
+    void numbersSentAsNumbersAreShownAsNothing();
     void tenCodesInTenSecondsEndOnTheRightStockWhenTheServiceIsSlow();
     void theNameLeadsToTheNewsAboutIt();
     void theLinkageIsTakenOverAtTheLogin();
@@ -256,6 +258,45 @@ void TestLarkspireAppStock::aServiceThatIsDownKeepsTheStockOnShow()
     m_service->clearFaults();
     QVERIFY(m_tdx->order("open 000001"));
     QVERIFY2(follows("000001"), qPrintable(pageStatus()));
+}
+
+void TestLarkspireAppStock::aServiceThatAnswersWithAnotherCodeIsTakenAtItsWord()
+{
+    openWindow();
+    setUpLinkage();
+    switchOn();
+    QVERIFY(follows("600519"));
+    m_service->addFault(
+        QStringLiteral("/stockhelper/stock/comprehensive"), QStringLiteral("change"),
+        {{QStringLiteral("set"),
+          QJsonObject{{QStringLiteral("/data/opening_data/stock_code"), QStringLiteral("000001")},
+                      {QStringLiteral("/data/basic_info/stock_name"), QStringLiteral("平安银行")}}}});
+    QVERIFY(m_tdx->order("open 300750"));
+    QTRY_VERIFY2(text("companyNameLabel").contains(QStringLiteral("平安银行 000001")),
+                 qPrintable(text("companyNameLabel")));
+    QCOMPARE(pageStatus(), QStringLiteral("已更新 000001 综合信息"));
+    m_service->clearFaults();
+    QTRY_COMPARE(pageStatus(), QStringLiteral("已更新 300750 综合信息"));
+    QVERIFY(text("companyNameLabel").contains(QStringLiteral("宁德时代 300750")));
+}
+
+void TestLarkspireAppStock::numbersSentAsNumbersAreShownAsNothing()
+{
+    openWindow();
+    setUpLinkage();
+    switchOn();
+    QVERIFY(follows("600519"));
+    m_service->addFault(
+        QStringLiteral("/stockhelper/stock/comprehensive"), QStringLiteral("change"),
+        {{QStringLiteral("set"),
+          QJsonObject{{QStringLiteral("/data/basic_info/market_cap"), 1098.6},
+                      {QStringLiteral("/data/limit_stats/thirty_day_gain"), 38.5},
+                      {QStringLiteral("/data/limit_stats/first_limit_up"), QStringLiteral("4")}}}});
+    QVERIFY(m_tdx->order("open 300750"));
+    QVERIFY2(follows("300750"), qPrintable(pageStatus()));
+    QCOMPARE(text("marketCapValueLabel"), QStringLiteral("<b>--</b>"));
+    QCOMPARE(text("thirtyDayGainValueLabel"), QStringLiteral("<b>0%</b>"));
+    QCOMPARE(text("firstBoardCountValueLabel"), QStringLiteral("<b>0</b>"));
 }
 
 void TestLarkspireAppStock::tenCodesInTenSecondsEndOnTheRightStockWhenTheServiceIsSlow()
