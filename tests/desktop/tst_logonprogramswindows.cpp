@@ -8,6 +8,8 @@
 #include <QSettings>
 #include <QUuid>
 
+#include <qt_windows.h>
+
 /// On the real Run key of the user who runs it, under a name that nothing else has.
 class TestLogonProgramsWindows : public QObject
 {
@@ -20,7 +22,11 @@ private slots:
         QCoreApplication::setApplicationName(m_name);
     }
 
-    void cleanup() { QVERIFY(LogonProgramsWindows().remove(m_name)); }
+    void cleanup()
+    {
+        QVERIFY(LogonProgramsWindows().remove(m_name));
+        QVERIFY(LogonProgramsWindows().remove(another()));
+    }
 
     void anEntryIsTheBarePathWithBackslashes()
     {
@@ -40,10 +46,42 @@ private slots:
         QVERIFY(AutoStartManager(nullptr).isAutoStartEnabled());
     }
 
-    void anEntryThatPointsElsewhereDoesNotCount()
+    void theEntryOfAProgramThatHasMovedDoesNotCountAndIsReplaced()
     {
-        QVERIFY(LogonProgramsWindows().add(m_name, QStringLiteral("C:\\moved\\larkspire.exe")));
-        QVERIFY(!AutoStartManager(nullptr).isAutoStartEnabled());
+        QVERIFY(LogonProgramsWindows().add(m_name, QStringLiteral("C:\\old place\\larkspire.exe")));
+        AutoStartManager manager(nullptr);
+        QVERIFY(!manager.isAutoStartEnabled());
+        QVERIFY(manager.setAutoStart(true));
+        QVERIFY(manager.isAutoStartEnabled());
+        QCOMPARE(stored(), QDir::toNativeSeparators(QCoreApplication::applicationFilePath()));
+    }
+
+    void theEntryOfAProgramThatHasMovedCanBeRemoved()
+    {
+        QVERIFY(LogonProgramsWindows().add(m_name, QStringLiteral("C:\\old place\\larkspire.exe")));
+        QVERIFY(AutoStartManager(nullptr).setAutoStart(false));
+        QVERIFY(!QSettings(runKey(), QSettings::NativeFormat).contains(m_name));
+    }
+
+    void entriesOfOtherProgramsStay()
+    {
+        const QString program = QStringLiteral("\"C:\\other\\other.exe\" /start");
+        QVERIFY(LogonProgramsWindows().add(another(), program));
+        AutoStartManager manager(nullptr);
+        QVERIFY(manager.setAutoStart(true));
+        QVERIFY(manager.setAutoStart(false));
+        QCOMPARE(stored(another()), program);
+    }
+
+    void anEntryIsOfTheTypeThatTheSystemStarts()
+    {
+        QVERIFY(AutoStartManager(nullptr).setAutoStart(true));
+        DWORD type = 0;
+        QCOMPARE(RegGetValueW(HKEY_CURRENT_USER, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run",
+                              reinterpret_cast<const wchar_t *>(m_name.utf16()), RRF_RT_ANY, &type, nullptr,
+                              nullptr),
+                 LONG(ERROR_SUCCESS));
+        QCOMPARE(type, DWORD(REG_SZ));
     }
 
     void disablingRemovesTheValueAndSucceedsWithoutOne()
@@ -63,7 +101,14 @@ private:
         return QStringLiteral("HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run");
     }
 
-    QString stored() const { return QSettings(runKey(), QSettings::NativeFormat).value(m_name).toString(); }
+    /// The name of a program of somebody else.
+    QString another() const { return m_name + QStringLiteral("-another"); }
+
+    QString stored() const { return stored(m_name); }
+    static QString stored(const QString &name)
+    {
+        return QSettings(runKey(), QSettings::NativeFormat).value(name).toString();
+    }
 
     QString m_name;
 };

@@ -4,6 +4,8 @@
 #include "program/Layout.h"
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
+#include "support/SoundRecorder.h"
+#include "support/WaitUntil.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -32,13 +34,28 @@ QString xdotool(const QStringList &arguments)
     return outputOf(QStringLiteral("xdotool"), arguments);
 }
 
-/// The window of this title that is on the screen; 0 without one.
-quint32 windowOnScreen(const QString &title = windowTitle)
+/// The program's windows that are on the screen.
+QStringList windowsOnScreen()
 {
-    return xdotool(
-               {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), title})
-        .section(QLatin1Char('\n'), 0, 0)
-        .toUInt();
+    return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                    windowTitle})
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+/// One of them; 0 when there is none.
+quint32 windowOnScreen()
+{
+    return windowsOnScreen().value(0).toUInt();
+}
+
+/// How strongly a pitch sounds in slices of a tenth of a second, added up: what is played may have gaps.
+double strengthOfTone(const QVector<double> &samples, double pitch)
+{
+    constexpr int slice = SoundRecorder::rate / 10;
+    double sum = 0;
+    for (int from = 0; from + slice <= samples.size(); from += slice)
+        sum += strengthOfPitch(samples.mid(from, slice), pitch);
+    return sum;
 }
 
 QString titleInFocus()
@@ -115,6 +132,7 @@ private slots:
 
     void theNewsAreOnScreen_data();
     void theNewsAreOnScreen();
+    void aPieceOfNewsWithAKeywordPopsUpAndIsHeard();
     void theStockThatIsOpenInTheTradingProgramIsFollowed();
     void closedToTheTrayASecondStartBringsItBackAndItsEndStoresTheSettings();
     void theLogOffStoresTheSettings();
@@ -122,7 +140,8 @@ private slots:
 private:
     void start();
     bool click(const QPoint &place) const;
-    void savePicture(const QString &name) const;
+    void savePicture(const QString &name) const { savePicture(name, m_window); }
+    void savePicture(const QString &name, quint32 window) const;
     bool askedFor(const QString &target) const;
 
     QTemporaryDir m_folder;
@@ -208,10 +227,10 @@ bool TestLarkspireOnWindows::click(const QPoint &place) const
            QString();
 }
 
-void TestLarkspireOnWindows::savePicture(const QString &name) const
+void TestLarkspireOnWindows::savePicture(const QString &name, quint32 window) const
 {
     QDir().mkpath(QStringLiteral(PICTURES));
-    const WindowPicture picture(m_window);
+    const WindowPicture picture(window);
     if (!picture.isNull() && !picture.save(QStringLiteral(PICTURES "/%1.png").arg(name)))
         qWarning("No picture could be stored under " PICTURES);
 }
@@ -248,6 +267,33 @@ void TestLarkspireOnWindows::theNewsAreOnScreen()
     savePicture(dark ? QStringLiteral("news-dark") : QStringLiteral("news-light"));
     // The colours are the skin's own: in the other one's they would not be right.
     QVERIFY2(wrong(!dark).size() > 8, qPrintable(wrong(!dark).join(QStringLiteral(", "))));
+}
+
+void TestLarkspireOnWindows::aPieceOfNewsWithAKeywordPopsUpAndIsHeard()
+{
+    SoundRecorder recorder;
+    QVERIFY(recorder.start());
+    m_service->publish({QJsonObject{{QStringLiteral("title"), QStringLiteral("人工智能芯片集中发布")},
+                                    {QStringLiteral("content"), QStringLiteral("正文")},
+                                    {QStringLiteral("age_seconds"), 1}}});
+    start();
+    // Its own, and the card.
+    QStringList windows;
+    QTRY_COMPARE_WITH_TIMEOUT((windows = windowsOnScreen()).size(), 2, 20000);
+    windows.removeAll(QString::number(m_window));
+    const quint32 card = windows.value(0).toUInt();
+    QTRY_VERIFY(WindowPicture(card).inkShare() > 0.02);
+    savePicture(QStringLiteral("popup"), card);
+
+    QVERIFY(
+        waitUntil([&recorder] { return recorder.loudMs() > 1000 && recorder.silentMsAtEnd() > 100; }, 40000));
+    // The chime's two tones, and not just any noise.
+    const QVector<double> heard = recorder.samples();
+    const double besides = strengthOfTone(heard, 1020.0);
+    for (const double pitch : {880.00, 1174.66}) {
+        const double strength = strengthOfTone(heard, pitch);
+        QVERIFY2(strength > 5 * besides, qPrintable(QStringLiteral("%1 of %2").arg(strength).arg(besides)));
+    }
 }
 
 void TestLarkspireOnWindows::theStockThatIsOpenInTheTradingProgramIsFollowed()
