@@ -8,14 +8,6 @@ namespace service {
 
 namespace {
 
-std::tm localParts(EpochSeconds time)
-{
-    const auto seconds = static_cast<std::time_t>(time);
-    std::tm parts{};
-    localtime_r(&seconds, &parts);
-    return parts;
-}
-
 /// Quotient rounded towards minus infinity.
 std::int64_t floorDivided(std::int64_t value, std::int64_t divisor)
 {

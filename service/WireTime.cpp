@@ -1,19 +1,10 @@
 #include "service/WireTime.h"
 
 #include <cstdio>
-#include <ctime>
 
 namespace service {
 
 namespace {
-
-std::tm localParts(EpochSeconds time)
-{
-    const auto seconds = static_cast<std::time_t>(time);
-    std::tm parts{};
-    localtime_r(&seconds, &parts);
-    return parts;
-}
 
 std::string formatted(EpochSeconds time, const char *format)
 {
@@ -62,6 +53,14 @@ std::string toDayText(EpochSeconds time)
 {
     const std::tm parts = localParts(time);
     return std::to_string(parts.tm_mon + 1) + "月" + std::to_string(parts.tm_mday) + "日";
+}
+
+std::tm localParts(EpochSeconds time)
+{
+    const auto seconds = static_cast<std::time_t>(time);
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    return parts;
 }
 
 EpochSeconds startOfDay(EpochSeconds time)

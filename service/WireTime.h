@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <optional>
 #include <string>
 
@@ -23,6 +24,9 @@ std::string toClockText(EpochSeconds time);
 
 /// "M月d日" in local time.
 std::string toDayText(EpochSeconds time);
+
+/// The local date and time of day of a time.
+std::tm localParts(EpochSeconds time);
 
 /// First second of the local day that `time` falls into.
 EpochSeconds startOfDay(EpochSeconds time);
