@@ -12,6 +12,7 @@ constexpr double LimitChange = 9.8;  // per cent
 constexpr int ShortestInterval = 10; // seconds
 constexpr int TimeLength = 8;        // of "HH:mm:ss"
 constexpr int SectionPadding = 12;   // pixels around a row's text
+constexpr int LargestFont = 1000;    // points, beyond every screen
 constexpr int Up = 1;
 constexpr int Down = -1;
 
@@ -203,7 +204,8 @@ bool isStale(const QList<TopBoardInfo> &topBoards, const QDateTime &now)
 
 int sectionSize(int fontSize)
 {
-    return fontSize + SectionPadding;
+    // A settings file may hold any number.
+    return qBound(0, fontSize, LargestFont) + SectionPadding;
 }
 
 int effectiveRefreshInterval(int seconds)

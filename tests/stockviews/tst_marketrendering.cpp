@@ -518,6 +518,9 @@ void TestMarketRendering::sectionIsTwelvePixelsLargerThanTheFont()
 {
     QCOMPARE(MarketRendering::sectionSize(8), 20);
     QCOMPARE(MarketRendering::sectionSize(24), 36);
+    QCOMPARE(MarketRendering::sectionSize(1001), 1012);
+    QCOMPARE(MarketRendering::sectionSize(2147483647), 1012);
+    QCOMPARE(MarketRendering::sectionSize(-2147483647), 12);
 }
 
 void TestMarketRendering::refreshIntervalIsNeverBelowTenSeconds_data()
