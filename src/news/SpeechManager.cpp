@@ -1,5 +1,7 @@
 #include "news/SpeechManager.h"
 
+#include "news/SpeechEngineChoice.h"
+
 #include <QDebug>
 #include <QLocale>
 #include <QVector>
@@ -16,7 +18,7 @@ void SpeechManager::initialize()
 {
     // Engines are plug-ins of other makers; none of them may take the program down.
     try {
-        m_tts = new QTextToSpeech(this);
+        m_tts = new QTextToSpeech(SpeechEngineChoice::name(), this);
         m_tts->setRate(0.3);
         m_tts->setPitch(0.0);
         m_tts->setVolume(1.0);
@@ -69,10 +71,11 @@ void SpeechManager::setVolume(double volume)
 
 void SpeechManager::onStateChanged(QTextToSpeech::State newState)
 {
+    // An engine that comes up by itself shows only now what it has.
+    if (newState == QTextToSpeech::BackendError || !m_voicesSeen)
+        reportWhatIsMissing();
     if (newState == QTextToSpeech::Ready)
         processQueue();
-    else if (newState == QTextToSpeech::BackendError)
-        reportWhatIsMissing();
 }
 
 void SpeechManager::speakText(const QString &text, const QDateTime &timestamp)
@@ -137,6 +140,10 @@ void SpeechManager::reportMissingEngineOrVoice()
             qWarning() << "No speech engine is available: news will not be read aloud";
         return;
     }
+    // Not up yet; its next state tells more.
+    if (m_tts->state() == QTextToSpeech::Paused)
+        return;
+    m_voicesSeen = true;
     // Mandarin goes by "cmn" in some engines; QLocale does not know that and makes C of it.
     const QVector<QLocale> locales = m_tts->availableLocales();
     const bool offered = std::any_of(locales.begin(), locales.end(), [](const QLocale &locale) {

@@ -69,6 +69,7 @@ private:
     QList<SpeechItem> m_queue;
     int m_maxQueueSize = 5;
     int m_defaultExpirySeconds = 5;
+    bool m_voicesSeen = false;
     bool m_missingEngineReported = false;
     bool m_missingVoiceReported = false;
 };

@@ -2,12 +2,14 @@
 #include "settings/ProgramVersion.h"
 #include "support/IsolatedHome.h"
 #include "support/ServiceProcess.h"
+#include "support/SpeechDispatcher.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QSettings>
@@ -36,6 +38,7 @@ private slots:
     void logOffStoresTheSettingsAndIsNotHeldUp();
     void speechThatHangsDoesNotHoldUpTheEnd_data();
     void speechThatHangsDoesNotHoldUpTheEnd();
+    void aSpeechServiceThatNeverAnswersHoldsUpNeitherTheStartNorTheEnd();
     void startAtLogonFollowsTheProgramOnlyWhenItIsChosenAnew();
 
 private:
@@ -363,6 +366,46 @@ void TestLarkspireProgram::speechThatHangsDoesNotHoldUpTheEnd()
     // What it leaves behind does not stand in the way of the next start.
     startProgram();
     QTRY_COMPARE_WITH_TIMEOUT(windowsOnScreen(), 1, 20000);
+}
+
+void TestLarkspireProgram::aSpeechServiceThatNeverAnswersHoldsUpNeitherTheStartNorTheEnd()
+{
+    // A copy of the program that finds all of Qt's plug-ins, but of the speech the dispatcher's alone: among
+    // several Qt takes another one at every start.
+    const QTemporaryDir folder;
+    const QString program = folder.filePath(QStringLiteral("larkspire"));
+    const QDir plugins(folder.filePath(QStringLiteral("plugins")));
+    const QString speech = QStringLiteral("texttospeech");
+    QVERIFY(QFile::copy(QStringLiteral(LARKSPIRE_PROGRAM), program));
+    QVERIFY(plugins.mkpath(speech));
+    const QDir system(QLibraryInfo::location(QLibraryInfo::PluginsPath));
+    const QStringList kinds = system.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &kind : kinds) {
+        if (kind != speech)
+            QVERIFY(QFile::link(system.filePath(kind), plugins.filePath(kind)));
+    }
+    const QString speechd = speech + QStringLiteral("/libqtexttospeech_speechd.so");
+    QVERIFY(QFile::link(system.filePath(speechd), plugins.filePath(speechd)));
+    QSettings(folder.filePath(QStringLiteral("qt.conf")), QSettings::IniFormat)
+        .setValue(QStringLiteral("Paths/Plugins"), plugins.path());
+
+    SpeechDispatcher dispatcher;
+    dispatcher.holdAt("LIST SYNTHESIS_VOICES");
+    qputenv("SPEECHD_ADDRESS", dispatcher.address());
+    storeLogin(m_service->baseUrl());
+    QSettings(settingsFilePath(), QSettings::IniFormat)
+        .setValue(QStringLiteral("Features/EnableNotification"), false);
+    for (int start = 0; start < 2; ++start) {
+        startProgram(program);
+        QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), QStringLiteral("云雀资讯"), 20000);
+        QTRY_COMPARE(dispatcher.heldCount(), 1);
+        QVERIFY(exitByTheMenu());
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
+        QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_program->exitCode(), 0);
+        QVERIFY(!m_program->readAllStandardError().contains("The program's end hangs"));
+    }
+    qunsetenv("SPEECHD_ADDRESS");
 }
 
 void TestLarkspireProgram::startAtLogonFollowsTheProgramOnlyWhenItIsChosenAnew()

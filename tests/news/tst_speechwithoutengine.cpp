@@ -14,7 +14,10 @@ private slots:
     void initTestCase()
     {
         QCoreApplication::setLibraryPaths({});
-        QVERIFY(QTextToSpeech::availableEngines().isEmpty());
+        QStringList engines = QTextToSpeech::availableEngines();
+        // Linked into the program, and no engine by itself.
+        engines.removeAll(QStringLiteral("larkspire-detached"));
+        QCOMPARE(engines, QStringList());
     }
 
     void theManagerComesUpStaysSilentAndSaysSoOnce()

@@ -1,3 +1,4 @@
+#include "news/SpeechEngineChoice.h"
 #include "news/SpeechManager.h"
 #include "support/IsolatedHome.h"
 #include "support/LogCapture.h"
@@ -29,9 +30,9 @@ private slots:
         QVERIFY(QFile::link(flite, m_plugins.filePath(QStringLiteral("texttospeech/libflite.so"))));
         const QStringList paths = QCoreApplication::libraryPaths();
         QCoreApplication::setLibraryPaths({m_plugins.path()});
-        const QStringList engines = QTextToSpeech::availableEngines();
+        const QString engine = SpeechEngineChoice::name();
         QCoreApplication::setLibraryPaths(paths);
-        QCOMPARE(engines, QStringList{QStringLiteral("flite")});
+        QCOMPARE(engine, QStringLiteral("flite"));
         QVERIFY(m_recorder.start());
     }
 

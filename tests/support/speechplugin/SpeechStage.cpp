@@ -15,8 +15,10 @@ void SpeechStage::install()
     // run. It looks for engines once in a process: at that moment it is to see the staged one alone.
     const QStringList paths = QCoreApplication::libraryPaths();
     QCoreApplication::setLibraryPaths({QStringLiteral(LARKSPIRE_TEST_PLUGINS)});
-    const QStringList engines = QTextToSpeech::availableEngines();
+    QStringList engines = QTextToSpeech::availableEngines();
     QCoreApplication::setLibraryPaths(paths);
+    // Linked into the program, and no engine by itself.
+    engines.removeAll(QStringLiteral("larkspire-detached"));
     if (engines != QStringList{QStringLiteral("staged")})
         qFatal("The staged speech engine is not the only one: %s",
                qPrintable(engines.join(QStringLiteral(", "))));

@@ -1,0 +1,15 @@
+#include "news/DetachedSpeechPlugin.h"
+
+#include "news/DetachedSpeechEngine.h"
+
+QTextToSpeechEngine *DetachedSpeechPlugin::createTextToSpeechEngine(const QVariantMap &parameters,
+                                                                    QObject *parent,
+                                                                    QString *errorString) const
+{
+    Q_UNUSED(parameters)
+    Q_UNUSED(errorString)
+    return new DetachedSpeechEngine(wrappedName(), parent);
+}
+
+// Included, so that this file alone is compiled as a plug-in that is linked in.
+#include "moc_DetachedSpeechPlugin.cpp"
