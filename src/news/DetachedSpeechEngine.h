@@ -24,7 +24,7 @@ class DetachedSpeechEngine final : public QTextToSpeechEngine
 
 public:
     /// Far more than the longest list of voices takes.
-    static constexpr std::chrono::milliseconds DefaultPatience{15000};
+    static constexpr std::chrono::milliseconds DefaultPatience{30000};
 
     /// Comes back at once; the other engine is made meanwhile.
     /// \param engine the other engine's name

@@ -10,6 +10,3 @@ QTextToSpeechEngine *DetachedSpeechPlugin::createTextToSpeechEngine(const QVaria
     Q_UNUSED(errorString)
     return new DetachedSpeechEngine(wrappedName(), parent);
 }
-
-// Included, so that this file alone is compiled as a plug-in that is linked in.
-#include "moc_DetachedSpeechPlugin.cpp"

@@ -56,7 +56,9 @@ void SpeechDispatcher::release()
 int SpeechDispatcher::heldCount()
 {
     return inside([this] {
-        const auto waits = [](const Client &client) { return client.socket->canReadLine(); };
+        const auto waits = [](const Client &client) {
+            return client.socket->state() == QLocalSocket::ConnectedState && client.socket->canReadLine();
+        };
         return m_held ? static_cast<int>(std::count_if(m_clients.begin(), m_clients.end(), waits)) : 0;
     });
 }
