@@ -112,16 +112,26 @@ Reply Router::dispatch(const Request &request) const
     Call call{request, std::move(places), JsonIn::object(), {}};
     if (route->access == Access::Identified)
         call.caller = m_identify(request);
+    Reply reply = answerCall(*route, call);
+    if (!call.caller.rolledToken.empty())
+        reply.body["session_token"] = call.caller.rolledToken;
+    return reply;
+}
+
+Reply Router::answerCall(const Route &route, Call &call)
+{
+    const Request &request = call.request;
     if (request.method == "POST" || request.method == "PUT") {
         auto body = parseObject(request.body);
         if (!body)
             return refusal(400, "请求体不是有效的JSON对象");
         call.body = std::move(*body);
     }
-    Reply reply = route->handler(call);
-    if (!call.caller.rolledToken.empty())
-        reply.body["session_token"] = call.caller.rolledToken;
-    return reply;
+    try {
+        return route.handler(call);
+    } catch (const ServiceError &error) {
+        return refusal(error.status, error.what(), error.waitSeconds);
+    }
 }
 
 } // namespace service

@@ -107,6 +107,7 @@ private:
     const Route *find(const std::string &method, const std::string &path, std::vector<std::string> &places,
                       bool &pathIsKnown) const;
     Reply dispatch(const Request &request) const;
+    static Reply answerCall(const Route &route, Call &call);
 
     Identify m_identify;
     std::vector<Route> m_routes;

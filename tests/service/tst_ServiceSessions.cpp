@@ -121,8 +121,10 @@ void ServiceSessionsTest::anOldSessionRollsOnAnyReply_data()
     QTest::addColumn<QByteArray>("method");
     QTest::addColumn<QByteArray>("path");
     QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char *method, const char *path, const char *body) {
-        QTest::addRow("%s %s", method, path) << QByteArray(method) << QByteArray(path) << QByteArray(body);
+    QTest::addColumn<int>("status");
+    const auto row = [](const char *method, const char *path, const char *body, int status = 200) {
+        QTest::addRow("%s %s %d", method, path, status)
+            << QByteArray(method) << QByteArray(path) << QByteArray(body) << status;
     };
     row("GET", "/newsapi/news", "{}");
     row("GET", "/newsapi/keywords", "{}");
@@ -131,6 +133,9 @@ void ServiceSessionsTest::anOldSessionRollsOnAnyReply_data()
     row("GET", "/user/devices", "{}");
     row("POST", "/newsapi/keywords", R"({"keyword":"黄金"})");
     row("POST", "/user/bind_wechat", R"({"wechat_id":"wx"})");
+    row("POST", "/newsapi/keywords", R"({"keyword":"!"})", 400);
+    row("POST", "/newsapi/keywords", "[]", 400);
+    row("DELETE", "/user/devices/nowhere", "{}", 404);
 }
 
 void ServiceSessionsTest::anOldSessionRollsOnAnyReply()
@@ -138,10 +143,11 @@ void ServiceSessionsTest::anOldSessionRollsOnAnyReply()
     QFETCH(QByteArray, method);
     QFETCH(QByteArray, path);
     QFETCH(QByteArray, body);
+    QFETCH(int, status);
     const QString token = demoToken(*m_service);
     m_service->advanceClock(12 * hour);
-    const ServiceProcess::Answer answer = m_service->request(method, path, json(body), bySession(token));
-    QCOMPARE(answer.status, 200);
+    const ServiceProcess::Answer answer = m_service->send(method, path, body, bySession(token));
+    QCOMPARE(answer.status, status);
     const QString fresh = textAt(answer.object, "session_token");
     QVERIFY(!fresh.isEmpty() && fresh != token);
     QCOMPARE(get("/newsapi/news", fresh).status, 200);
