@@ -263,7 +263,7 @@ void TestLarkspireOnWindows::theNewsAreOnScreen()
     QCOMPARE(WindowPicture(m_window).size(), QSize(750, 980));
     const auto wrong = [this](bool asDark) { return wrongRegions(WindowPicture(m_window), asDark); };
     QTRY_VERIFY2_WITH_TIMEOUT(wrong(dark).isEmpty(), qPrintable(wrong(dark).join(QStringLiteral(", "))),
-                              5000);
+                              20000);
     savePicture(dark ? QStringLiteral("news-dark") : QStringLiteral("news-light"));
     // The colours are the skin's own: in the other one's they would not be right.
     QVERIFY2(wrong(!dark).size() > 8, qPrintable(wrong(!dark).join(QStringLiteral(", "))));
@@ -329,10 +329,10 @@ void TestLarkspireOnWindows::theStockThatIsOpenInTheTradingProgramIsFollowed()
     press({QStringLiteral("ctrl+Tab"), QStringLiteral("ctrl+Tab")});
     const QRect values(80, 240, 280, 220);
     const auto shown = [this, values] { return WindowPicture(m_window).part(values); };
-    QTRY_VERIFY_WITH_TIMEOUT(shown().inkShare() > 0 && shown().inkShare() < 0.05, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(shown().inkShare() > 0 && shown().inkShare() < 0.05, 30000);
     QVERIFY(click({50, 73}));
-    QTRY_VERIFY_WITH_TIMEOUT(askedFor(QStringLiteral("/stockhelper/stock/comprehensive?code=600519")), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(shown().inkShare() > 0.2, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(askedFor(QStringLiteral("/stockhelper/stock/comprehensive?code=600519")), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(shown().inkShare() > 0.2, 30000);
     savePicture(QStringLiteral("stock-600519"));
 
     const WindowPicture before = shown();
@@ -340,8 +340,8 @@ void TestLarkspireOnWindows::theStockThatIsOpenInTheTradingProgramIsFollowed()
     QVERIFY(
         TestPlatform::pressKeys(tdx.pid(), QString(QStringLiteral("3 0 0 7 5 0")).split(QLatin1Char(' '))));
     QVERIFY(tdx.waitForLine("code 300750"));
-    QTRY_VERIFY_WITH_TIMEOUT(askedFor(QStringLiteral("/stockhelper/stock/comprehensive?code=300750")), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(shown() != before && shown().inkShare() > 0.2, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(askedFor(QStringLiteral("/stockhelper/stock/comprehensive?code=300750")), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(shown() != before && shown().inkShare() > 0.2, 30000);
     savePicture(QStringLiteral("stock-300750"));
 }
 
