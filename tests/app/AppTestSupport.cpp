@@ -1,14 +1,21 @@
 #include "app/AppTestSupport.h"
 
 #include "settings/ConfigManager.h"
+#include "support/DelayedCalls.h"
+#include "support/WaitUntil.h"
 
 #include <QApplication>
 #include <QIcon>
 #include <QImage>
 #include <QLabel>
+#include <QNetworkReply>
 #include <QPixmap>
 #include <QTimer>
 #include <QWidget>
+#include <QWindow>
+#include <QtTest>
+
+#include <chrono>
 
 bool quitsBy(const std::function<void()> &act)
 {
@@ -25,6 +32,61 @@ bool quitsBy(const std::function<void()> &act)
     QObject::connect(&after, &QTimer::timeout, &after, [] { QCoreApplication::exit(stillRunning); });
     now.start(0);
     return QCoreApplication::exec() != stillRunning;
+}
+
+namespace {
+
+constexpr std::chrono::milliseconds longestDelay{3000};
+
+bool isAtRest(const QWidget &window)
+{
+    if (DelayedCalls::countUpTo(longestDelay) > 0)
+        return false;
+    const QList<QTimer *> timers = window.findChildren<QTimer *>();
+    for (const QTimer *timer : timers) {
+        if (timer->isActive() && timer->isSingleShot() && timer->intervalAsDuration() <= longestDelay)
+            return false;
+    }
+    const QList<QNetworkReply *> replies = window.findChildren<QNetworkReply *>();
+    for (const QNetworkReply *reply : replies) {
+        if (!reply->isFinished())
+            return false;
+    }
+    return true;
+}
+
+/// A window manager takes what it is asked for in its order: once it shows this window, all before it is
+/// done.
+bool windowManagerHasCaughtUp()
+{
+    QWindow last;
+    last.setFlags(Qt::Tool | Qt::WindowDoesNotAcceptFocus | Qt::FramelessWindowHint);
+    last.setGeometry(0, 0, 4, 4);
+    last.show();
+    return QTest::qWaitForWindowExposed(&last, 10000);
+}
+
+} // namespace
+
+bool comesToRest(const QWidget &window)
+{
+    {
+        // Or there would be no seeing what waits.
+        const QObject receiver;
+        constexpr std::chrono::milliseconds anyDelay{1};
+        const int before = DelayedCalls::countUpTo(anyDelay);
+        QTimer::singleShot(anyDelay, &receiver, [] {});
+        if (DelayedCalls::countUpTo(anyDelay) != before + 1)
+            qFatal("Delayed calls are not seen");
+    }
+    // What the window manager tells may be answered by the program, and that once more by the window manager.
+    constexpr int rounds = 3;
+    for (int round = 0; round < rounds; ++round) {
+        if (!windowManagerHasCaughtUp() || !waitUntil([&window] { return isAtRest(window); }))
+            return false;
+        QCoreApplication::processEvents();
+    }
+    return isAtRest(window);
 }
 
 namespace {

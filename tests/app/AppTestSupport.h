@@ -19,6 +19,11 @@
 /// Runs the event loop with this going on inside it; true when it has made the program quit.
 bool quitsBy(const std::function<void()> &act);
 
+/// Waits until nothing is under way any more: no reply is awaited, no call and no single-shot timer of up to
+/// three seconds waits for its time, and the window manager has done what it was asked for and has been
+/// heard. What has not happened then does not come any more. False when it does not come to rest.
+bool comesToRest(const QWidget &window);
+
 /// The text of the message at the tray icon, its title in front with a line feed; empty when there is none.
 QString trayMessage();
 /// The picture of that message, one of information, warning and critical; QStyle::SP_CustomBase for any other

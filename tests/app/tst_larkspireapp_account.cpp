@@ -205,8 +205,7 @@ void TestLarkspireAppAccount::promptIsSilentOnceSomebodyIsLoggedIn()
     QTRY_VERIFY(window.findChild<AuthManager *>()->isAuthenticated());
     // As after a change to "nobody" that a login has overtaken.
     emit window.findChild<AuthManager *>()->authStatusChanged(NotAuthenticated);
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QVERIFY(!loginDialogIsOpen());
 }
 
@@ -215,9 +214,7 @@ void TestLarkspireAppAccount::restoredSessionLeavesTheWindowHidden()
     storeSession(m_service->url());
     LarkspireApp window;
     QTRY_VERIFY(window.findChild<AuthManager *>()->isAuthenticated());
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QVERIFY(!window.isVisible());
     QVERIFY(m_service->newsQueries().isEmpty());
     QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("云雀"));
@@ -247,8 +244,7 @@ void TestLarkspireAppAccount::failedAutomaticLoginOfTheNetworkIsToldAndKeepsTheP
     QTRY_COMPARE(trayMessage(), QStringLiteral("网络连接失败\nGateway Timeout"));
     QCOMPARE(trayMessageIcon(), QStyle::SP_MessageBoxCritical);
     QVERIFY(!LarkspireAppPeer::autoLoginPending(window));
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QVERIFY(!loginDialogIsOpen());
     QVERIFY(!window.isVisible());
 }
@@ -306,9 +302,7 @@ void TestLarkspireAppAccount::successWithoutAKeyShowsTheWindowAndStartsNothing()
     QVERIFY(auth->currentUser().apiKey.isEmpty());
     emit auth->loginFinished(true, QString());
     QVERIFY(window.isVisible());
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QCOMPARE(labelText(window, "connectionLabel"), QStringLiteral("未连接"));
     QVERIFY(m_service->newsQueries().isEmpty());
 }
@@ -339,8 +333,7 @@ void TestLarkspireAppAccount::otherStatusesDoNothing()
     emit auth->authStatusChanged(status);
     emit auth->sessionExpired();
     emit window.findChild<ApiClient *>()->sessionExpired();
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QVERIFY(!loginDialogIsOpen());
     QCOMPARE(labelText(window, "userStatusLabel"), QStringLiteral("云雀"));
     QVERIFY(!window.isVisible());

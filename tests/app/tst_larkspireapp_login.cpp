@@ -10,6 +10,7 @@
 #include "resources/LarkspireResources.h"
 #include "settings/ConfigManager.h"
 #include "support/BoxAnswer.h"
+#include "support/DelayedCalls.h"
 #include "support/DialogVisit.h"
 #include "support/IsolatedHome.h"
 #include "support/LogCapture.h"
@@ -32,6 +33,8 @@
 #include <QTableWidget>
 #include <QtTest>
 
+#include <chrono>
+
 namespace {
 
 const QString methodTitle = QStringLiteral("选择登录方式");
@@ -39,6 +42,9 @@ const QString loginTitle = QStringLiteral("登录云雀资讯");
 const QString registerTitle = QStringLiteral("用户注册");
 const QString resetTitle = QStringLiteral("重置密码");
 const QString ok = QStringLiteral("OK");
+// How long these are put off; what does not look at that does not wait for it.
+constexpr std::chrono::milliseconds promptDelay{1000};
+constexpr std::chrono::milliseconds firstFetchDelay{3000};
 
 template <class Kind>
 Kind *part(const QWidget &window, const char *name)
@@ -134,6 +140,8 @@ private slots:
 private:
     /// Starts the program; nothing but what is stored decides what it does.
     void start();
+    /// Starts it where nobody is logged in, up to the moment at which it asks for a login.
+    void startUpToThePrompt();
     /// Opens the login dialog on a tab by way of the choice of methods.
     void openLoginDialogBy(const QString &method);
     EnhancedLoginDialog *loginDialog() const;
@@ -145,7 +153,6 @@ private:
     QString userLabel() const { return part<QLabel>(*m_window, "userStatusLabel")->text(); }
     QAction *action(const char *name) const { return part<QAction>(*m_window, name); }
     void chooseFromTray(const QString &entry);
-    void letAWhilePass();
 
     std::unique_ptr<ServiceProcess> m_service;
     std::unique_ptr<LarkspireApp> m_window;
@@ -173,6 +180,12 @@ void TestLarkspireAppLogin::cleanup()
 void TestLarkspireAppLogin::start()
 {
     m_window = std::make_unique<LarkspireApp>();
+}
+
+void TestLarkspireAppLogin::startUpToThePrompt()
+{
+    start();
+    QCOMPARE(DelayedCalls::makeNow(promptDelay), 1);
 }
 
 EnhancedLoginDialog *TestLarkspireAppLogin::loginDialog() const
@@ -228,12 +241,6 @@ void TestLarkspireAppLogin::chooseFromTray(const QString &entry)
     }
 }
 
-void TestLarkspireAppLogin::letAWhilePass()
-{
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*m_window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
-}
-
 // The prompt
 
 void TestLarkspireAppLogin::emptyProfileAsksForTheMethodAfterASecond()
@@ -255,7 +262,7 @@ void TestLarkspireAppLogin::emptyProfileAsksForTheMethodAfterASecond()
 
 void TestLarkspireAppLogin::enterOnTheChoiceOpensTheEMailTab()
 {
-    start();
+    startUpToThePrompt();
     const DialogVisit choice(methodTitle,
                              [](QDialog &dialog) { WindowInput::press(&dialog, Qt::Key_Return); });
     QTRY_VERIFY(loginDialog());
@@ -280,7 +287,7 @@ void TestLarkspireAppLogin::choiceOpensTheTabOfTheMethod()
 {
     QFETCH(QString, method);
     QFETCH(int, tab);
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(method);
     QCOMPARE(loginDialog()->findChild<QTabWidget *>()->currentIndex(), tab);
     // A choice alone is not stored.
@@ -297,7 +304,7 @@ void TestLarkspireAppLogin::cancelledChoiceLeavesTheProgramInTheTray_data()
 void TestLarkspireAppLogin::cancelledChoiceLeavesTheProgramInTheTray()
 {
     QFETCH(bool, byButton);
-    start();
+    startUpToThePrompt();
     const auto cancel = [byButton](QDialog &dialog) {
         if (byButton)
             WindowInput::click(card(dialog, QStringLiteral("取消")));
@@ -306,7 +313,7 @@ void TestLarkspireAppLogin::cancelledChoiceLeavesTheProgramInTheTray()
     };
     const DialogVisit choice(methodTitle, cancel);
     QTRY_VERIFY(choice.ended());
-    letAWhilePass();
+    QVERIFY(comesToRest(*m_window));
     // No further question, nothing else opens.
     QVERIFY(!m_window->isVisible());
     QVERIFY(!openDialog(methodTitle) && !openDialog(loginTitle));
@@ -322,11 +329,11 @@ void TestLarkspireAppLogin::cancelledChoiceLeavesTheProgramInTheTray()
 
 void TestLarkspireAppLogin::escapeInTheLoginDialogLeavesTheProgramInTheTray()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("免费用户"));
     WindowInput::press(loginDialog(), Qt::Key_Escape);
     QVERIFY(!loginDialog());
-    letAWhilePass();
+    QVERIFY(comesToRest(*m_window));
     QVERIFY(!m_window->isVisible());
     QVERIFY(!openDialog(methodTitle));
     QVERIFY(m_service->requests().isEmpty());
@@ -334,7 +341,7 @@ void TestLarkspireAppLogin::escapeInTheLoginDialogLeavesTheProgramInTheTray()
 
 void TestLarkspireAppLogin::dialogsAreKept()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("邮箱登录"));
     const EnhancedLoginDialog *first = loginDialog();
     auto *choice = m_window->findChild<LoginMethodDialog *>();
@@ -354,7 +361,7 @@ void TestLarkspireAppLogin::dialogOpensInTheMiddleOfWhatIsThere()
         const QPoint distance = dialog.frameGeometry().center() - place;
         return qAbs(distance.x()) <= 5 && qAbs(distance.y()) <= 40;
     };
-    start();
+    startUpToThePrompt();
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     const DialogVisit hidden(methodTitle, [&](QDialog &dialog) {
         QVERIFY(isAround(dialog, screen.center()));
@@ -382,7 +389,7 @@ void TestLarkspireAppLogin::dialogOpensInTheMiddleOfWhatIsThere()
 
 void TestLarkspireAppLogin::freeUserIsInWithoutAnyInput()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("免费用户"));
     // The button of the tab is the primary one.
     WindowInput::press(loginDialog(), Qt::Key_Return);
@@ -393,6 +400,7 @@ void TestLarkspireAppLogin::freeUserIsInWithoutAnyInput()
     QVERIFY(!ConfigManager::instance()->getApiKey().isEmpty());
     QCOMPARE(ConfigManager::instance()->getLoginMethod(), 1);
     const auto *table = part<QTableWidget>(*m_window, "newsTableWidget");
+    DelayedCalls::makeNow(firstFetchDelay);
     QTRY_COMPARE(table->rowCount(), 1);
     QCOMPARE(table->item(0, 1)->text(), QStringLiteral("早盘要闻"));
     QCOMPARE(m_service->requestCount(QStringLiteral("POST /auth/get_apikey")), 1);
@@ -409,7 +417,7 @@ void TestLarkspireAppLogin::newUserRegistersWithThePrintedCodeByKeyboardAlone()
 {
     const QString email = QStringLiteral("new.trader@larkspire.example");
     const QString password = QStringLiteral("morning2024");
-    start();
+    startUpToThePrompt();
     const DialogVisit choice(methodTitle,
                              [](QDialog &dialog) { WindowInput::press(&dialog, Qt::Key_Return); });
     QTRY_VERIFY(loginDialog());
@@ -469,6 +477,7 @@ void TestLarkspireAppLogin::newUserRegistersWithThePrintedCodeByKeyboardAlone()
     QVERIFY(!loginDialog());
     QCOMPARE(userLabel(), email);
     const auto *table = part<QTableWidget>(*m_window, "newsTableWidget");
+    DelayedCalls::makeNow(firstFetchDelay);
     QTRY_COMPARE(table->rowCount(), 1);
 
     // The next start goes by the stored password.
@@ -483,7 +492,7 @@ void TestLarkspireAppLogin::newUserRegistersWithThePrintedCodeByKeyboardAlone()
 void TestLarkspireAppLogin::refusedRegistrationStaysOpen()
 {
     const QString email = QStringLiteral("second@larkspire.example");
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("邮箱登录"));
     const DialogVisit registration(registerTitle, [&](QDialog &dialog) {
         WindowInput::fill(part<QLineEdit>(dialog, "usernameEdit"), QStringLiteral("second"));
@@ -532,7 +541,7 @@ void TestLarkspireAppLogin::forgottenPasswordIsResetWithThePrintedCode()
     const QString oldPassword = QStringLiteral("evening2023");
     const QString newPassword = QStringLiteral("morning2024");
     QVERIFY(!m_service->registerAccount(QStringLiteral("forgetful"), email, oldPassword).isEmpty());
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("邮箱登录"));
     typeLogin(QStringLiteral("forgetful"), email, QStringLiteral("no idea 1"));
 
@@ -581,7 +590,7 @@ void TestLarkspireAppLogin::forgottenPasswordIsResetWithThePrintedCode()
 
 void TestLarkspireAppLogin::wrongPasswordIsToldAndTheButtonsAreUsableAgain()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("邮箱登录"));
     typeLogin(QStringLiteral("demo"), ServiceProcess::demoEmail(), QStringLiteral("wrong2024"));
     auto *button = part<QPushButton>(*loginDialog(), "loginButton");
@@ -598,7 +607,7 @@ void TestLarkspireAppLogin::wrongPasswordIsToldAndTheButtonsAreUsableAgain()
     QCOMPARE(button->text(), QStringLiteral("登录"));
     QVERIFY(!m_window->isVisible());
     // A failure by hand is the dialog's alone: no choice of methods follows it.
-    letAWhilePass();
+    QVERIFY(comesToRest(*m_window));
     QVERIFY(!openDialog(methodTitle));
 
     WindowInput::fill(part<QLineEdit>(*loginDialog(), "passwordEdit"), ServiceProcess::demoPassword());
@@ -610,7 +619,7 @@ void TestLarkspireAppLogin::wrongPasswordIsToldAndTheButtonsAreUsableAgain()
 
 void TestLarkspireAppLogin::apiKeyLogsIn()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("API Key 登录"));
     auto *field = part<QLineEdit>(*loginDialog(), "apiKeyEdit");
     auto *button = part<QPushButton>(*loginDialog(), "apiKeyVerifyButton");
@@ -658,7 +667,7 @@ void TestLarkspireAppLogin::storedLoginAsksOnTheFirstTab()
     settings->setAuthUsername(username);
     settings->setApiKey(apiKey);
     settings->setAuthEmail(QStringLiteral("demo@larkspire.example"));
-    start();
+    startUpToThePrompt();
     QTRY_VERIFY(loginDialog());
     QVERIFY(!m_window->findChild<LoginMethodDialog *>());
     auto *tabs = loginDialog()->findChild<QTabWidget *>();
@@ -691,7 +700,7 @@ void TestLarkspireAppLogin::refusedAutomaticLoginOffersTheMethods()
 
 void TestLarkspireAppLogin::loginDialogBlocksTheWindow()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("邮箱登录"));
     chooseFromTray(QStringLiteral("显示主窗口"));
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -709,7 +718,7 @@ void TestLarkspireAppLogin::closedDialogDoesNotStopALoginUnderWay()
 {
     m_service->addFault(QStringLiteral("/auth/get_apikey"), QStringLiteral("delay"),
                         {{QStringLiteral("delay_ms"), 1500}});
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("免费用户"));
     auto *button = part<QPushButton>(*loginDialog(), "freeUserButton");
     WindowInput::click(button);
@@ -757,10 +766,11 @@ void TestLarkspireAppLogin::automaticLoginClosesAnOpenChoice()
 
 void TestLarkspireAppLogin::secondPromptBringsTheOpenDialogToTheFront()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("免费用户"));
     emit m_window->findChild<AuthManager *>()->authStatusChanged(NotAuthenticated);
-    letAWhilePass();
+    QCOMPARE(DelayedCalls::makeNow(promptDelay), 1);
+    QVERIFY(comesToRest(*m_window));
     // The user stays on the tab that was chosen, and is not asked for a method again.
     QVERIFY(!openDialog(methodTitle));
     QCOMPARE(loginDialog()->findChild<QTabWidget *>()->currentIndex(), 2);
@@ -768,11 +778,12 @@ void TestLarkspireAppLogin::secondPromptBringsTheOpenDialogToTheFront()
 
 void TestLarkspireAppLogin::secondPromptDuringTheChoiceDoesNotOpenItTwice()
 {
-    start();
+    startUpToThePrompt();
     const LogCapture log;
     const DialogVisit choice(methodTitle, [this](QDialog &dialog) {
         emit m_window->findChild<AuthManager *>()->authStatusChanged(NotAuthenticated);
-        letAWhilePass();
+        QCOMPARE(DelayedCalls::makeNow(promptDelay), 1);
+        QVERIFY(comesToRest(*m_window));
         QVERIFY(dialog.isVisible());
         WindowInput::press(&dialog, Qt::Key_Return);
     });
@@ -822,7 +833,7 @@ void TestLarkspireAppLogin::userCardShowsWhoIsLoggedIn()
 
 void TestLarkspireAppLogin::userCardOfAFreeUserHidesTheMadeUpName()
 {
-    start();
+    startUpToThePrompt();
     openLoginDialogBy(QStringLiteral("免费用户"));
     WindowInput::press(loginDialog(), Qt::Key_Return);
     QTRY_VERIFY(m_window->isVisible());

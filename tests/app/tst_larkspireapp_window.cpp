@@ -290,8 +290,7 @@ void TestLarkspireAppWindow::minimisingHidesAndComingBackKeepsTheSize()
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
     QCOMPARE(window->size(), QSize(650, 790));
     // It does not go away again by an echo of the minimise.
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(*window));
     QVERIFY(window->isVisible() && !window->isMinimized());
 }
 
@@ -527,8 +526,7 @@ void TestLarkspireAppWindow::showAndActivateLeavesAWindowInSightWhereItIs()
     QTRY_COMPARE(window->size(), QSize(640, 780));
 
     window->showAndActivateWindow();
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(*window));
     QCOMPARE(window->pos(), QPoint(240, 170));
     QCOMPARE(window->size(), QSize(640, 780));
     // And from the tray it comes back to this place.
@@ -568,8 +566,7 @@ void TestLarkspireAppWindow::maximisedWindowKeepsItsWayDownThroughTheTray()
     QTRY_VERIFY(window->isMaximized() && window->width() > 1500);
     if (clickedBefore) {
         window->showAndActivateWindow();
-        QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-        QVERIFY(pumped.wait());
+        QVERIFY(comesToRest(*window));
         QVERIFY(window->isMaximized() && window->width() > 1500);
     }
     window->close();
@@ -578,8 +575,7 @@ void TestLarkspireAppWindow::maximisedWindowKeepsItsWayDownThroughTheTray()
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
     window->showNormal();
     QTRY_VERIFY(!window->isMaximized());
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(*window));
     QVERIFY(!window->isMaximized());
 }
 
@@ -604,8 +600,7 @@ void TestLarkspireAppWindow::hidingTakesBackAnEarlierCallToTheFront()
     else
         window->close();
     QVERIFY(!window->isVisible());
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(*window));
     QVERIFY(!window->isVisible());
 }
 
@@ -628,8 +623,7 @@ void TestLarkspireAppWindow::fastRealDoubleClickOnTheTrayHides()
     emit tray->activated(QSystemTrayIcon::Trigger);
     emit tray->activated(QSystemTrayIcon::DoubleClick);
     QVERIFY(!window->isVisible());
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(*window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(*window));
     QVERIFY(!window->isVisible());
 }
 
@@ -643,8 +637,7 @@ void TestLarkspireAppWindow::slowRealDoubleClickOnTheTrayBringsBack()
     QTRY_VERIFY(window.isVisible());
     emit tray->activated(QSystemTrayIcon::DoubleClick);
     QApplication::setDoubleClickInterval(interval);
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QVERIFY(window.isVisible());
 }
 
@@ -664,8 +657,7 @@ void TestLarkspireAppWindow::singleAndMiddleClickOnTheTrayShow()
     QFETCH(bool, shows);
     LarkspireApp window;
     emit LarkspireAppPeer::trayIcon(window)->activated(reason);
-    QSignalSpy pumped(LarkspireAppPeer::speechPumpTimer(window), &QTimer::timeout);
-    QVERIFY(pumped.wait());
+    QVERIFY(comesToRest(window));
     QCOMPARE(window.isVisible(), shows);
 }
 
