@@ -6,11 +6,6 @@
 
 namespace {
 
-QJsonObject envelope(const QJsonObject &data)
-{
-    return {{QStringLiteral("success"), true}, {QStringLiteral("data"), data}};
-}
-
 QString codeOf(const QByteArray &target)
 {
     return QUrlQuery(QUrl(QString::fromUtf8(target))).queryItemValue(QStringLiteral("code"));
@@ -34,7 +29,19 @@ bool ScriptedStockService::releaseOldestRecord()
     if (held.isEmpty())
         return false;
     const QString code = codeOf(m_server.requests().at(held.first()).target);
-    return m_server.release(held.first(), RawAnswer::json(envelope(recordOf(code))));
+    return m_server.release(held.first(), dataAnswer(recordOf(code)));
+}
+
+bool ScriptedStockService::releaseOldest(const RawAnswer &answer)
+{
+    const QList<int> held = m_server.heldRequests();
+    return !held.isEmpty() && m_server.release(held.first(), answer);
+}
+
+bool ScriptedStockService::releaseNewest(const RawAnswer &answer)
+{
+    const QList<int> held = m_server.heldRequests();
+    return !held.isEmpty() && m_server.release(held.last(), answer);
 }
 
 QStringList ScriptedStockService::targets(const QByteArray &pathEnd) const
@@ -66,21 +73,29 @@ RawAnswer ScriptedStockService::answer(const RawRequest &request)
     if (request.path().endsWith("/stockhelper/config")) {
         if (request.method == "POST")
             return RawAnswer::json({{QStringLiteral("success"), true}});
-        return RawAnswer::json(envelope(linkageConfig));
+        return dataAnswer(linkageConfig);
     }
     if (request.path().endsWith("/stockhelper/software_list"))
-        return RawAnswer::json(envelope(softwareList));
+        return dataAnswer(softwareList);
     if (request.path().endsWith("/stock/comprehensive"))
-        return holdsRecords ? RawAnswer::hold() : RawAnswer::json(envelope(recordOf(codeOf(request.target))));
+        return holdsRecords ? RawAnswer::hold() : dataAnswer(recordOf(codeOf(request.target)));
     if (request.path().endsWith("/limit_up_stock")) {
         const QString code = codeOf(request.target);
         if (limitUpDetails.contains(code))
-            return RawAnswer::json(envelope(limitUpDetails.value(code)));
-        return RawAnswer::json(
-            {{QStringLiteral("success"), false}, {QStringLiteral("error"), QStringLiteral("NOT FOUND")}},
-            404);
+            return dataAnswer(limitUpDetails.value(code));
+        return notFoundAnswer(QStringLiteral("NOT FOUND"));
     }
     return RawAnswer::json({{QStringLiteral("error"), QStringLiteral("没有这个路径")}}, 404);
+}
+
+RawAnswer dataAnswer(const QJsonValue &data)
+{
+    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), data}});
+}
+
+RawAnswer notFoundAnswer(const QString &error)
+{
+    return RawAnswer::json({{QStringLiteral("success"), false}, {QStringLiteral("error"), error}}, 404);
 }
 
 QJsonObject stockRecord(const QString &code, const QString &name, const QString &day)

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QJsonObject>
+#include <QJsonValue>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,13 @@ public:
     /// Answers the oldest record that is held back, with the record of its code; false when there is none.
     bool releaseOldestRecord();
 
+    /// How many requests are held back.
+    int heldCount() const { return m_server.heldRequests().size(); }
+    /// Answers the one that has been held back longest; false when there is none.
+    bool releaseOldest(const RawAnswer &answer);
+    /// Answers the one that came last; false when there is none.
+    bool releaseNewest(const RawAnswer &answer);
+
     /// The targets of all requests for a path that ends so, in the order of arrival.
     QStringList targets(const QByteArray &pathEnd) const;
     /// The bodies of all requests by POST.
@@ -51,6 +59,11 @@ private:
     RawHttpServer m_server;
     QHash<QByteArray, RawAnswer> m_pathAnswers;
 };
+
+/// The answer of a service that has what is asked for.
+RawAnswer dataAnswer(const QJsonValue &data);
+/// The answer of a service that has no such thing.
+RawAnswer notFoundAnswer(const QString &error);
 
 /// The "data" of a comprehensive record with believable values, its opening of `day`, "yyyy-MM-dd".
 QJsonObject stockRecord(const QString &code, const QString &name, const QString &day);

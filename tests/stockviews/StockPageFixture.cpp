@@ -3,9 +3,11 @@
 #include "settings/ConfigManager.h"
 #include "stockclient/StockApiConfig.h"
 #include "support/IsolatedHome.h"
+#include "support/WaitUntil.h"
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QNetworkReply>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QtEndian>
@@ -111,6 +113,36 @@ void StockPageFixture::tick()
 void StockPageFixture::switchOn()
 {
     find<QCheckBox>("autoRefreshCheckBox")->click();
+}
+
+void StockPageFixture::openPageOn(const QByteArray &code)
+{
+    openInTdx(code);
+    openPage();
+    switchOn();
+    follow(code);
+}
+
+void StockPageFixture::follow(const QByteArray &code)
+{
+    openInTdx(code);
+    tick();
+    QVERIFY2(waitUntil([&] { return status() == updated(code); }), qPrintable(status()));
+}
+
+QString StockPageFixture::updated(const QByteArray &code)
+{
+    return QStringLiteral("已更新 %1 综合信息").arg(QString::fromLatin1(code));
+}
+
+void StockPageFixture::settle() const
+{
+    const auto isSettled = [this] {
+        const QList<QNetworkReply *> replies = page->findChildren<QNetworkReply *>();
+        return std::all_of(replies.begin(), replies.end(),
+                           [](const QNetworkReply *reply) { return reply->isFinished(); });
+    };
+    QVERIFY(waitUntil(isSettled));
 }
 
 QString StockPageFixture::text(const char *label) const

@@ -40,6 +40,15 @@ public:
     void tick();
     /// Switches the loop on as the user does.
     void switchOn();
+    /// Builds the page with this code open in Tdx, switches the loop on and waits until the stock is shown.
+    void openPageOn(const QByteArray &code);
+    /// Opens the code in Tdx and waits until the page that runs shows the stock.
+    void follow(const QByteArray &code);
+    /// What the status line says of a stock whose record has come.
+    static QString updated(const QByteArray &code);
+    /// Waits until no answer is awaited any more: what the service has not been asked for then, it is not
+    /// asked for any more.
+    void settle() const;
 
     template <typename Kind>
     Kind *find(const char *objectName) const

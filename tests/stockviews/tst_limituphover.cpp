@@ -59,8 +59,21 @@ class tst_LimitUpHover : public QObject
         QCursor::setPos(5, 5);
         QTRY_VERIFY(!label(page)->underMouse());
     }
+    /// open() with a service that knows the details of the day.
+    static void openWithDetails(StockPageFixture &page)
+    {
+        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
+        open(page);
+    }
+    static void showPopup(const StockPageFixture &page)
+    {
+        enter(page);
+        QTRY_VERIFY(popup(page)->isVisible());
+    }
+    /// How many requests for details have come in, those included that are under way.
     static int requests(const StockPageFixture &page)
     {
+        page.settle();
         return page.service.targets("/limit_up_stock").size();
     }
 
@@ -70,10 +83,8 @@ private slots:
     void theDetailsAreFetchedAndShownBesideTheLabel()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        openWithDetails(page);
+        showPopup(page);
         QCOMPARE(page.service.targets("/limit_up_stock"),
                  QStringList{QStringLiteral("/stockhelper/limit_up_stock?code=002031&date=2024-05-30")});
         const QPoint corner = label(page)->mapToGlobal(QPoint(0, 0));
@@ -90,18 +101,15 @@ private slots:
         leave(page);
         QVERIFY(popup(page)->isVisible());
         QTRY_VERIFY(!popup(page)->isVisible());
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         QCOMPARE(requests(page), 1);
     }
 
     void itWearsItsOwnLookOnBothSkins()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        openWithDetails(page);
+        showPopup(page);
         const QString style = popup(page)->styleSheet();
         for (const char *part :
              {"background-color: #2c3e50", "solid #34495e", "border-radius: 8px", "color: #ecf0f1"})
@@ -115,10 +123,8 @@ private slots:
     void itIsWrittenInTheSizeAndColourOfTheSettings()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        openWithDetails(page);
+        showPopup(page);
         const auto html = [&page] { return popup(page)->findChild<QLabel *>()->text(); };
         QVERIFY(html().contains(QStringLiteral("font-size: 12pt")));
         QVERIFY(html().contains(QStringLiteral("color: orange")));
@@ -126,8 +132,7 @@ private slots:
         QTRY_VERIFY(!popup(page)->isVisible());
         ConfigManager::instance()->setLimitUpDetailFontSize(10);
         ConfigManager::instance()->setMainBoardColor(QStringLiteral("#12ab56"));
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         QVERIFY(html().contains(QStringLiteral("font-size: 10pt")));
         QVERIFY(!html().contains(QStringLiteral("font-size: 12pt")));
         QVERIFY(html().contains(QStringLiteral("color: #12ab56")));
@@ -136,23 +141,19 @@ private slots:
     void atTheBottomOfTheScreenItGoesUp()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
+        openWithDetails(page);
         const QRect screen = QApplication::primaryScreen()->availableGeometry();
         page.window->move(300, screen.bottom() - page.window->height() + 100);
         QTRY_VERIFY(page.window->y() > 300);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         QTRY_COMPARE(popup(page)->y(), screen.y() + screen.height() - popup(page)->height() - 10);
     }
 
     void aBriefExitDoesNotHideIt()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        openWithDetails(page);
+        showPopup(page);
         leave(page);
         enter(page);
         // Past the time after which it would have gone.
@@ -167,13 +168,11 @@ private slots:
     void atTheEdgeOfTheScreenItGoesToTheOtherSide()
     {
         StockPageFixture page;
-        page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
-        open(page);
+        openWithDetails(page);
         const QRect screen = QApplication::primaryScreen()->availableGeometry();
         page.window->move(screen.right() - page.window->width() - 10, 200);
         QTRY_VERIFY(page.window->x() > 900);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         const QPoint corner = label(page)->mapToGlobal(QPoint(0, 0));
         QTRY_COMPARE(popup(page)->x(), corner.x() - popup(page)->width() - 10);
         QVERIFY(screen.contains(popup(page)->geometry()));
@@ -219,8 +218,7 @@ private slots:
         page.service.limitUpDetails.insert(code, limitUpDetail(code, name, limitUpDay));
         leave(page);
         QVERIFY(!popup(page)->isVisible());
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         QCOMPARE(requests(page), 2);
         QVERIFY(popup(page)->findChild<QLabel *>()->text().contains(name));
     }
@@ -230,8 +228,7 @@ private slots:
         StockPageFixture page;
         page.service.limitUpDetails.insert(code, limitUpDetail(code, name, QStringLiteral("20240530")));
         open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
         QTRY_COMPARE(requests(page), 2); // the record that came in under the pointer, once
         QTRY_COMPARE(page.status(), QStringLiteral("已更新 002031 综合信息"));
@@ -246,8 +243,7 @@ private slots:
             QStringLiteral("600519"),
             limitUpDetail(QStringLiteral("600519"), QStringLiteral("贵州茅台"), limitUpDay));
         open(page);
-        enter(page);
-        QTRY_VERIFY(popup(page)->isVisible());
+        showPopup(page);
         page.openInTdx("600519");
         page.tick();
         QVERIFY(!popup(page)->isVisible());

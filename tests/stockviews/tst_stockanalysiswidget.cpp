@@ -29,7 +29,6 @@
 #include <QLayout>
 #include <QMessageBox>
 #include <QNetworkProxy>
-#include <QNetworkReply>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -47,11 +46,6 @@ QByteArray settingsOnDisk()
 }
 
 const QString ok = QStringLiteral("OK");
-
-QString updated(const char *code)
-{
-    return QStringLiteral("已更新 %1 综合信息").arg(QString::fromLatin1(code));
-}
 
 /// A Ths that takes every message.
 void addThsWindow(FakePlatform &platform)
@@ -100,6 +94,23 @@ class tst_StockAnalysisWidget : public QObject
         for (const QString &target : page.service.targets("/stock/comprehensive"))
             codes.append(target.section(QStringLiteral("code="), 1));
         return codes;
+    }
+
+    /// The part of the linkage configuration without which nothing is read from Tdx.
+    static QJsonObject offsetOfTdx()
+    {
+        return {{QStringLiteral("tdx_offset_addr"), StockPageFixture::tdxOffset}};
+    }
+
+    /// Builds the page without the offset of Tdx and switches the loop on: the configuration is asked for and
+    /// held back.
+    static void switchOnUpToTheConfiguration(StockPageFixture &page)
+    {
+        StockApiConfig::instance()->setTdxOffset(QString());
+        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
+        page.openPage();
+        page.switchOn();
+        QTRY_COMPARE(page.service.heldCount(), 1);
     }
 
     /// The status line after a tick more.
@@ -254,6 +265,7 @@ private slots:
         QVERIFY(page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
         QVERIFY(page.style("autoRefreshIndicator").contains(QStringLiteral("#4CAF50")));
         QCOMPARE(page.status(), QStringLiteral("没有可查询的股票"));
+        page.settle();
         QCOMPARE(page.service.server().requests().size(), 0);
         page.find<QCheckBox>("autoRefreshCheckBox")->click();
         QVERIFY(!page.page->isMonitoring());
@@ -267,9 +279,10 @@ private slots:
         page.openInTdx("600519");
         page.openPage();
         page.switchOn();
-        QTRY_COMPARE_WITH_TIMEOUT(page.status(), updated("600519"), 3000);
+        QCOMPARE(page.page->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->interval(), 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(page.status(), StockPageFixture::updated("600519"), 3000);
         page.openInTdx("000001");
-        QTRY_COMPARE_WITH_TIMEOUT(page.status(), updated("000001"), 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(page.status(), StockPageFixture::updated("000001"), 3000);
     }
 
     void aMissingOffsetIsFetchedFirst()
@@ -293,7 +306,7 @@ private slots:
         QCOMPARE(StockApiConfig::instance()->getThsVersion(), QStringLiteral("9.3"));
         QCOMPARE(StockApiConfig::instance()->getCurrentSoftware(), QStringLiteral("ths"));
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
     }
 
     void aConfigurationWithoutAnOffsetIsRefused()
@@ -319,19 +332,11 @@ private slots:
     void anErrorOfAnotherRequestIsNoAnswerToTheConfiguration()
     {
         StockPageFixture page;
-        StockApiConfig::instance()->setTdxOffset(QString());
-        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
-        page.openPage();
-        page.switchOn();
-        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        switchOnUpToTheConfiguration(page);
         page.page->findChild<StockApiClient *>()->checkBlacklist(QStringLiteral("600519"));
         QTRY_VERIFY(page.status().startsWith(QStringLiteral("查询失败")));
         QVERIFY(page.page->findChild<QMessageBox *>() == nullptr);
-        QVERIFY(page.service.server().release(
-            page.service.server().heldRequests().first(),
-            RawAnswer::json({{QStringLiteral("success"), true},
-                             {QStringLiteral("data"), QJsonObject{{QStringLiteral("tdx_offset_addr"),
-                                                                   StockPageFixture::tdxOffset}}}})));
+        QVERIFY(page.service.releaseOldest(dataAnswer(offsetOfTdx())));
         QTRY_VERIFY(page.page->isMonitoring());
     }
 
@@ -341,15 +346,10 @@ private slots:
         StockApiConfig::instance()->setTdxOffset(QString());
         StockApiConfig::instance()->setThsOffset(QString());
         ConfigManager::instance()->setThsVersion(QStringLiteral("9.3"));
-        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
-        page.openPage();
-        page.switchOn();
-        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        switchOnUpToTheConfiguration(page);
         page.find<QPushButton>("softwareSwitchButton")->click();
         QVERIFY(page.page->isMonitoring());
-        QVERIFY(page.service.server().release(
-            page.service.server().heldRequests().first(),
-            RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), QJsonObject()}})));
+        QVERIFY(page.service.releaseOldest(dataAnswer(QJsonObject())));
         QTRY_COMPARE(page.status(), QStringLiteral("配置未完成，请先设置股票助手"));
         QVERIFY(!page.page->isMonitoring());
         QVERIFY(!page.find<QCheckBox>("autoRefreshCheckBox")->isChecked());
@@ -406,17 +406,12 @@ private slots:
     {
         StockPageFixture page;
         StockApiConfig::instance()->setTdxOffset(QString());
-        page.service.linkageConfig = {{QStringLiteral("tdx_offset_addr"), StockPageFixture::tdxOffset}};
-        page.service.answerPath("/stockhelper/config", RawAnswer::hold());
-        page.openPage();
-        page.switchOn();
-        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        page.service.linkageConfig = offsetOfTdx();
+        switchOnUpToTheConfiguration(page);
         page.find<QCheckBox>("autoRefreshCheckBox")->click();
         const QSignalSpy received(page.page->findChild<StockApiClient *>(),
                                   &StockApiClient::stockHelperConfigReceived);
-        QVERIFY(page.service.server().release(
-            0, RawAnswer::json({{QStringLiteral("success"), true},
-                                {QStringLiteral("data"), page.service.linkageConfig}})));
+        QVERIFY(page.service.releaseOldest(dataAnswer(page.service.linkageConfig)));
         QTRY_COMPARE(received.size(), 1);
         QVERIFY(!page.page->isMonitoring());
         page.service.forgetAnswers();
@@ -429,11 +424,7 @@ private slots:
     void switchingOffForgetsTheOffsetOfTheReader()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         QCOMPARE(page.reading->openHandles().size(), 1);
         page.find<QCheckBox>("autoRefreshCheckBox")->click();
         QCOMPARE(page.reading->openHandles().size(), 0);
@@ -442,9 +433,7 @@ private slots:
         // Switched on again, it takes the offset anew and asks for the stock on show.
         page.switchOn();
         QTRY_COMPARE(queries(page), (QStringList{QStringLiteral("600519"), QStringLiteral("600519")}));
-        page.openInTdx("000001");
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("000001"));
+        page.follow("000001");
     }
 
     // --- the tick ------------------------------------------------------------------------------------------
@@ -460,7 +449,7 @@ private slots:
         page.switchOn();
         page.tick();
         QCOMPARE(page.status(), QStringLiteral("检测到股票代码变化:  -> 002031"));
-        QTRY_COMPARE(page.status(), updated("002031"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("002031"));
         QCOMPARE(page.service.targets("/stock/comprehensive"),
                  QStringList{QStringLiteral("/stockhelper/stock/comprehensive?code=002031")});
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral(">巨轮智能 002031</a>")));
@@ -498,37 +487,28 @@ private slots:
     void aCodeThatEqualsTheLastTriggersNothing()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         page.reading->takeCalls();
         for (int round = 0; round < 5; ++round)
             page.tick();
         QCOMPARE(page.reading->takeCalls().size(), 5); // one read each and nothing else
-        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.status(), StockPageFixture::updated("600519"));
+        page.settle();
         QCOMPARE(queries(page).size(), 1);
     }
 
     void aClosedProgramLeavesTheDisplayAndIsTriedAgainEachTick()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         const QString name = page.text("companyNameLabel");
         page.closeTdx();
         page.tick();
         page.tick();
-        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.status(), StockPageFixture::updated("600519"));
         QCOMPARE(page.text("companyNameLabel"), name);
         QCOMPARE(page.reading->openHandles().size(), 0);
-        page.openInTdx("000858");
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("000858"));
+        page.follow("000858");
     }
 
     void aProgramStartedAgainUnderAnotherIdIsFollowed()
@@ -539,22 +519,18 @@ private slots:
         page.openPage();
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         page.closeTdx();
         page.tick();
-        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.status(), StockPageFixture::updated("600519"));
         page.openInTdx("000858", 12, folder);
-        QTRY_COMPARE_WITH_TIMEOUT(tickedStatus(page), updated("000858"), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(tickedStatus(page), StockPageFixture::updated("000858"), 10000);
     }
 
     void theProgramIsNotSearchedForAtEachTickWhileItIsClosed()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         const auto searches = [&page] {
             return page.reading->takeCalls().filter(QStringLiteral("walkProcesses")).size();
         };
@@ -593,7 +569,7 @@ private slots:
         page.openPage();
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         const int sent = page.sending->messages.size();
         page.closeTdx(11);
         page.tick();
@@ -630,7 +606,7 @@ private slots:
         for (const char *code : {"600519", "000001", "600519"}) {
             page.openInTdx(code);
             page.tick();
-            QTRY_COMPARE(page.status(), updated(code));
+            QTRY_COMPARE(page.status(), StockPageFixture::updated(code));
         }
         QCOMPARE(queries(page),
                  (QStringList{QStringLiteral("600519"), QStringLiteral("000001"), QStringLiteral("600519")}));
@@ -659,7 +635,7 @@ private slots:
         page.page->setSpeechManager(&speech);
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         page.now = page.now.addSecs(seconds);
         SpeechStage::instance().engine()->enter(QTextToSpeech::Ready);
         QStringList expected{QStringLiteral("一条消息")};
@@ -694,21 +670,17 @@ private slots:
         page.page->setSpeechManager(&speech);
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
         QCOMPARE(page.status(), QStringLiteral("正在查询..."));
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         QTEST(SpeechStage::instance().said(), "said");
     }
 
     void withoutASpeechManagerNothingIsSpoken()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         QVERIFY(SpeechStage::instance().said().isEmpty());
     }
 
@@ -725,11 +697,7 @@ private slots:
     {
         QFETCH(QByteArray, code);
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         page.openInTdx(code);
         page.tick();
         const QString text = QString::fromLatin1(code);
@@ -741,10 +709,12 @@ private slots:
         QCOMPARE(activity->palette().color(QPalette::Text), page.page->palette().color(QPalette::Text));
         QCOMPARE(page.page->currentStockCode(), text);
         QCOMPARE(page.status(), QStringLiteral("检测到股票代码变化:  -> ") + text);
+        page.settle();
         QCOMPARE(queries(page).size(), 1);
         QMetaObject::invokeMethod(page.page, "onRefreshButtonClicked");
         QCOMPARE(page.status(), QStringLiteral("正在查询..."));
         QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
+        page.settle();
         QCOMPARE(queries(page).size(), 1);
     }
 
@@ -773,7 +743,7 @@ private slots:
             page.tick();
             return page.text("companyNameLabel").contains(QStringLiteral("600009")) &&
                    page.page->currentStockCode() == QLatin1String("600009") &&
-                   page.status() == updated("600009") && page.service.server().heldRequests().isEmpty();
+                   page.status() == StockPageFixture::updated("600009") && page.service.heldCount() == 0;
         };
         QTRY_VERIFY_WITH_TIMEOUT(settled(), 20000);
         QCOMPARE(page.text("companyNameLabel").contains(QStringLiteral("股600009")), true);
@@ -791,7 +761,7 @@ private slots:
         page.openPage();
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("000001"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("000001"));
         QCOMPARE(page.page->currentStockCode(), QStringLiteral("000001"));
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("平安银行 000001")));
         // The next tick reads the code that is open and asks for it again.
@@ -802,15 +772,8 @@ private slots:
     void anUnknownCodeClearsTheDisplayAndSaysSo()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
-        page.service.answerPath("/stock/comprehensive", RawAnswer::json({{QStringLiteral("success"), false},
-                                                                         {QStringLiteral("error"),
-                                                                          QStringLiteral("STOCK NOT FOUND")}},
-                                                                        404));
+        page.openPageOn("600519");
+        page.service.answerPath("/stock/comprehensive", notFoundAnswer(QStringLiteral("STOCK NOT FOUND")));
         page.openInTdx("609999");
         page.tick();
         QTRY_COMPARE(page.status(), QStringLiteral("609999无数据"));
@@ -828,25 +791,17 @@ private slots:
         page.tick();
         page.openInTdx("600519");
         page.tick();
-        const auto held = [&page] { return page.service.server().heldRequests(); };
-        QTRY_COMPARE(held().size(), 2);
-        const int ofTheStockBefore = held().first();
-        QVERIFY(page.service.server().release(
-            held().last(), RawAnswer::json({{QStringLiteral("success"), true},
-                                            {QStringLiteral("data"),
-                                             stockRecord(QStringLiteral("600519"), QStringLiteral("贵州茅台"),
-                                                         QStringLiteral("2024-06-12"))}})));
-        QTRY_COMPARE(page.status(), updated("600519"));
-        const RawAnswer nothing =
-            RawAnswer::json({{QStringLiteral("success"), false},
-                             {QStringLiteral("error"), QStringLiteral("STOCK NOT FOUND")}},
-                            404);
-        QVERIFY(page.service.server().release(ofTheStockBefore, nothing));
+        QTRY_COMPARE(page.service.heldCount(), 2);
+        QVERIFY(page.service.releaseNewest(dataAnswer(stockRecord(
+            QStringLiteral("600519"), QStringLiteral("贵州茅台"), QStringLiteral("2024-06-12")))));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
+        const RawAnswer nothing = notFoundAnswer(QStringLiteral("STOCK NOT FOUND"));
+        QVERIFY(page.service.releaseOldest(nothing));
         // The open one is asked for again, and stands there again.
-        QTRY_COMPARE(held().size(), 1);
+        QTRY_COMPARE(page.service.heldCount(), 1);
         QCOMPARE(queries(page).last(), QStringLiteral("600519"));
         QVERIFY(page.service.releaseOldestRecord());
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("600519")));
 
         // A stock whose record is gone is asked for once more and then left alone.
@@ -857,7 +812,7 @@ private slots:
         page.switchOn();
         QTRY_COMPARE(queries(page).size(), before + 2);
         QTRY_COMPARE(page.status(), QStringLiteral("600519无数据"));
-        QTRY_COMPARE(page.page->findChildren<QNetworkReply *>().size(), 0);
+        page.settle();
         QCOMPARE(queries(page).size(), before + 2);
         QCOMPARE(page.text("companyNameLabel"), QStringLiteral("--"));
     }
@@ -865,11 +820,7 @@ private slots:
     void aServiceThatIsDownLeavesTheLastStockOnShow()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         page.service.server().refuseConnections();
         page.service.server().dropConnections();
         page.openInTdx("000001");
@@ -879,9 +830,7 @@ private slots:
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("600519")));
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         page.service.server().listenAgain();
-        page.openInTdx("000858");
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("000858"));
+        page.follow("000858");
     }
 
     void numbersSentAsNumbersAreShownAsNothing()
@@ -897,11 +846,7 @@ private slots:
         stats.insert(QStringLiteral("first_limit_up"), QStringLiteral("4"));
         record.insert(QStringLiteral("limit_stats"), stats);
         page.service.records.insert(QStringLiteral("600519"), record);
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("<b>--</b>"));
         QCOMPARE(page.text("thirtyDayGainValueLabel"), QStringLiteral("<b>0%</b>"));
         QCOMPARE(page.style("thirtyDayGainValueLabel"), StockRendering::greenStyle());
@@ -911,11 +856,7 @@ private slots:
     void statisticsThatComeAloneAreShownAndAStockIsNot()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         const QString name = page.text("companyNameLabel");
         auto *client = page.page->findChild<StockApiClient *>();
         StockInfo other;
@@ -930,7 +871,7 @@ private slots:
         QCOMPARE(page.text("firstBoardCountValueLabel"), QStringLiteral("<b>2</b>"));
         QCOMPARE(page.style("firstBoardCountValueLabel"), StockRendering::hotStyle());
         QCOMPARE(page.text("companyNameLabel"), name);
-        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.status(), StockPageFixture::updated("600519"));
     }
 
     void aRefreshAsksOnlyForAnotherCode()
@@ -945,10 +886,10 @@ private slots:
         page.tick();
         QMetaObject::invokeMethod(page.page, "handleAutoRefresh");
         QCOMPARE(page.status(), QStringLiteral("正在查询..."));
-        QTRY_COMPARE(page.service.server().heldRequests().size(), 2);
+        QTRY_COMPARE(page.service.heldCount(), 2);
         while (page.service.releaseOldestRecord()) {
         }
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         QMetaObject::invokeMethod(page.page, "handleAutoRefresh");
         QCOMPARE(page.status(), QStringLiteral("股票代码未变化: 600519"));
     }
@@ -1009,7 +950,7 @@ private slots:
         }
         QTEST(broadcasts, "toTdx");
         // The query goes out beside it.
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
     }
 
     void aSendThatFailsIsSaidAndTheQueryGoesOn()
@@ -1021,7 +962,7 @@ private slots:
         page.switchOn();
         page.tick();
         QCOMPARE(page.status(), QStringLiteral("发送代码 600519 到 同花顺 失败"));
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
     }
 
     // --- program and copies --------------------------------------------------------------------------------
@@ -1076,7 +1017,7 @@ private slots:
         page.switchOn();
         QCOMPARE(page.style("statusLabel"), QString());
         page.tick();
-        QTRY_COMPARE(page.status(), updated("000001"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("000001"));
     }
 
     void theButtonBesideTheNameAlsoStartsTheLoop()
@@ -1138,7 +1079,7 @@ private slots:
         // The choice counts at the next attachment.
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         box->setCurrentIndex(1);
         emit box->activated(1);
         QCOMPARE(page.status(), QStringLiteral("已切换通达信实例: new_tdx12 (PID:12)"));
@@ -1163,7 +1104,7 @@ private slots:
         QVERIFY(page.find<QComboBox>("tdxInstanceComboBox")->isVisible());
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         page.openInThs("000001", 21);
         page.openInThs("000002", 22);
         bool ranOn = true;
@@ -1206,7 +1147,7 @@ private slots:
 
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         QVERIFY(page.text("companyNameLabel").contains(QStringLiteral("color: orange")));
         settings->setMainBoardColor(QStringLiteral("#12ab56"));
         settings->setStockCodeNameFontSize(16);
@@ -1216,7 +1157,8 @@ private slots:
         QVERIFY2(name.contains(QStringLiteral("font-size: 16pt")), qPrintable(name));
         QCOMPARE(page.style("regionLabel"),
                  QStringLiteral("color: #ff6b6b; font-weight: bold; font-size: 16pt;"));
-        QCOMPARE(page.status(), updated("600519"));
+        QCOMPARE(page.status(), StockPageFixture::updated("600519"));
+        page.settle();
         QCOMPARE(queries(page).size(), 1);
         // What does not hang on the settings stands as it was.
         QCOMPARE(page.text("marketCapValueLabel"), QStringLiteral("<b>1286.55</b>亿"));
@@ -1247,11 +1189,7 @@ private slots:
         QFETCH(QByteArray, code);
         QFETCH(QString, color);
         StockPageFixture page;
-        page.openInTdx(code);
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated(code.constData()));
+        page.openPageOn(code);
         ConfigManager *settings = ConfigManager::instance();
         settings->setMainBoardColor(QStringLiteral("#010101"));
         settings->setGemColor(QStringLiteral("#020202"));
@@ -1270,7 +1208,7 @@ private slots:
         page.window->resize(900, 1000);
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         const auto written = [&page](const char *label) {
             return page.find<ValueLabel>(label)->writtenPointSize();
         };
@@ -1329,7 +1267,7 @@ private slots:
         if (code == "510300")
             return;
         // A falling value in green, one on a ground of its own, and one without a colour.
-        QTRY_COMPARE(page.status(), updated(code.constData()));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated(code.constData()));
         QCOMPARE(page.find<ValueLabel>("increase5dValueLabel")->plateColor().isValid(), dark);
         QVERIFY(!page.find<ValueLabel>("netProfitValueLabel")->plateColor().isValid());
         QVERIFY(!page.find<ValueLabel>("rsiValueLabel")->plateColor().isValid());
@@ -1351,7 +1289,7 @@ private slots:
         page.window->resize(600, 700);
         page.switchOn();
         page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        QTRY_COMPARE(page.status(), StockPageFixture::updated("600519"));
         const auto grounds = [&page](const char *label) {
             return page.find<ValueLabel>(label)->groundRects();
         };
@@ -1425,11 +1363,7 @@ private slots:
     void theNameAsksForNewsAboutTheStock()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         QSignalSpy requested(page.page, &StockAnalysisWidget::searchStockNameRequested);
         QSignalSpy changed(page.page, &StockAnalysisWidget::stockCodeChanged);
         auto *label = page.find<QLabel>("companyNameLabel");
@@ -1445,11 +1379,7 @@ private slots:
     void everyPortalButtonOpensItsPageWithoutAProxy()
     {
         StockPageFixture page;
-        page.openInTdx("600519");
-        page.openPage();
-        page.switchOn();
-        page.tick();
-        QTRY_COMPARE(page.status(), updated("600519"));
+        page.openPageOn("600519");
         const QNetworkProxy proxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), 9);
         QNetworkProxy::setApplicationProxy(proxy);
         Browser browser;

@@ -150,7 +150,13 @@ void TestStockBlacklist::withoutAStockTheButtonSaysSo()
     m_list->check();
     m_list->manage();
     QCOMPARE(m_log->lines(), QStringList(status(QStringLiteral("请先查询股票信息"), red)));
-    QVERIFY(m_server->requests().isEmpty());
+    // The first request is the one about a stock.
+    m_log->clear();
+    m_list->setStock(code, name);
+    answer(checked(false));
+    m_list->check();
+    QVERIFY(m_log->waitFor(1));
+    QCOMPARE(m_server->requests().size(), 1);
 }
 
 void TestStockBlacklist::automaticCheckOfAListedStockAsksNothing()

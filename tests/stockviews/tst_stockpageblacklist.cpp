@@ -116,11 +116,17 @@ private:
     /// Starts the program anew, on a machine without any settings, with this account's key logged in; without
     /// a key with nobody.
     void openDesktop(const QString &apiKey = ServiceProcess::demoApiKey());
+    /// The same, with a stock on show that is on the list.
+    void openDesktopOnAListedStock();
     void logIn(const QString &apiKey);
     /// Opens the stock in the trading program and waits until its record is shown and its check answered.
     void follow(const QByteArray &code);
     /// Opens the stock and waits until the page has taken notice, for a service that holds its answers back.
     void open(const QByteArray &code);
+    /// Presses the button of the page and visits the dialog that opens.
+    void pressButton(const QString &windowTitle, const std::function<void(QDialog &)> &visit) const;
+    /// Waits for the message that a thing is done, or not, and closes it.
+    static void dismissMessage();
     QPushButton *button() const { return m_desktop->find<QPushButton>("blacklistButton"); }
     QString name() const { return m_desktop->text("companyNameLabel"); }
     QString status() const { return m_desktop->status(); }
@@ -196,6 +202,27 @@ void TestStockPageBlacklist::openDesktop(const QString &apiKey)
                                               &StockBlacklist::statusShown);
     if (!apiKey.isEmpty())
         logIn(apiKey);
+}
+
+void TestStockPageBlacklist::openDesktopOnAListedStock()
+{
+    QVERIFY(list(QStringLiteral("600519"), 3).success());
+    openDesktop();
+    follow("600519");
+}
+
+void TestStockPageBlacklist::pressButton(const QString &windowTitle,
+                                         const std::function<void(QDialog &)> &visit) const
+{
+    const DialogVisit dialog(windowTitle, visit);
+    WindowInput::click(button());
+    QTRY_VERIFY(dialog.ended());
+}
+
+void TestStockPageBlacklist::dismissMessage()
+{
+    const BoxAnswer message(ok);
+    QTRY_VERIFY(message.shown());
 }
 
 void TestStockPageBlacklist::logIn(const QString &apiKey)
@@ -336,16 +363,12 @@ void TestStockPageBlacklist::buttonAsksForAReasonAndTheStockIsMarked()
 {
     openDesktop();
     follow("600519");
-    {
-        const DialogVisit visit(addTitle, [this](QDialog &dialog) {
-            QVERIFY(dialog.isModal());
-            QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("stockLabel"))->text(),
-                     QStringLiteral("股票：贵州茅台 (600519)"));
-            giveReason(QStringLiteral("涨得太多了"))(dialog);
-        });
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
-    }
+    pressButton(addTitle, [this](QDialog &dialog) {
+        QVERIFY(dialog.isModal());
+        QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("stockLabel"))->text(),
+                 QStringLiteral("股票：贵州茅台 (600519)"));
+        giveReason(QStringLiteral("涨得太多了"))(dialog);
+    });
     const BoxAnswer told(ok);
     QTRY_VERIFY(told.shown());
     QCOMPARE(told.title(), QStringLiteral("成功"));
@@ -368,7 +391,7 @@ void TestStockPageBlacklist::editedQuickReasonIsSentAsTheUsersOwn()
 {
     openDesktop();
     follow("600519");
-    const DialogVisit visit(addTitle, [](QDialog &dialog) {
+    pressButton(addTitle, [](QDialog &dialog) {
         auto *quickReasons = dialog.findChild<QComboBox *>(QStringLiteral("quickReasonComboBox"));
         for (int step = 0; step < 5; ++step) {
             quickReasons->setFocus();
@@ -380,10 +403,7 @@ void TestStockPageBlacklist::editedQuickReasonIsSentAsTheUsersOwn()
         WindowInput::type(&dialog, QStringLiteral("很大"));
         WindowInput::click(dialog.findChild<QPushButton *>(QStringLiteral("confirmButton")));
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
-    const BoxAnswer told(ok);
-    QTRY_VERIFY(told.shown());
+    dismissMessage();
     const QJsonObject kept = entry(QStringLiteral("600519"));
     QCOMPARE(kept.value(QStringLiteral("custom_reason")).toString(), QStringLiteral("ST风险很大"));
     QCOMPARE(kept.value(QStringLiteral("reason_type")).toInt(), 9);
@@ -394,7 +414,7 @@ void TestStockPageBlacklist::shortReasonIsNotSentAndTwentyCharactersAre()
     const QString twenty = QStringLiteral("一二三四五六七八九十一二三四五六七八九十");
     openDesktop();
     follow("600519");
-    const DialogVisit visit(addTitle, [&twenty, this](QDialog &dialog) {
+    pressButton(addTitle, [&twenty, this](QDialog &dialog) {
         auto *field = dialog.findChild<QLineEdit *>(QStringLiteral("reasonLineEdit"));
         WindowInput::type(&dialog, QStringLiteral("  ab  "));
         const BoxAnswer refused(ok);
@@ -410,10 +430,7 @@ void TestStockPageBlacklist::shortReasonIsNotSentAndTwentyCharactersAre()
         QCOMPARE(field->text(), twenty);
         WindowInput::press(&dialog, Qt::Key_Return);
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
-    const BoxAnswer told(ok);
-    QTRY_VERIFY(told.shown());
+    dismissMessage();
     QCOMPARE(entry(QStringLiteral("600519")).value(QStringLiteral("custom_reason")).toString(), twenty);
 }
 
@@ -421,12 +438,10 @@ void TestStockPageBlacklist::leavingTheDialogAddsNothing()
 {
     openDesktop();
     follow("600519");
-    const DialogVisit visit(addTitle, [](QDialog &dialog) {
+    pressButton(addTitle, [](QDialog &dialog) {
         WindowInput::type(&dialog, QStringLiteral("涨得太多了"));
         WindowInput::press(&dialog, Qt::Key_Escape);
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
     // Nothing is under way any more.
     QTRY_COMPARE(status(), QString());
     follow("000001");
@@ -437,9 +452,7 @@ void TestStockPageBlacklist::leavingTheDialogAddsNothing()
 
 void TestStockPageBlacklist::buttonOnAListedStockRemovesItOnYes()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     {
         const BoxAnswer question(yes);
         WindowInput::click(button());
@@ -480,18 +493,14 @@ void TestStockPageBlacklist::anythingButYesKeepsTheStock_data()
 void TestStockPageBlacklist::anythingButYesKeepsTheStock()
 {
     QFETCH(int, key);
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
-    const DialogVisit visit(QStringLiteral("黑名单管理"), [key](QDialog &dialog) {
+    openDesktopOnAListedStock();
+    pressButton(QStringLiteral("黑名单管理"), [key](QDialog &dialog) {
         auto &box = dynamic_cast<QMessageBox &>(dialog);
         if (key == 0)
             WindowInput::click(box.button(QMessageBox::No));
         else
             WindowInput::press(&box, static_cast<Qt::Key>(key));
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
     QCOMPARE(status(), QStringLiteral("⚠️ 黑名单股票：股东减持"));
     QCOMPARE(statusStyle(), red);
     QCOMPARE(name(), markedMaotai);
@@ -502,13 +511,8 @@ void TestStockPageBlacklist::listIsThereAgainAfterARestartOfDesktopAndService()
 {
     openDesktop();
     follow("600519");
-    {
-        const DialogVisit visit(addTitle, giveReason(QStringLiteral("涨得太多了")));
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
-        const BoxAnswer told(ok);
-        QTRY_VERIFY(told.shown());
-    }
+    pressButton(addTitle, giveReason(QStringLiteral("涨得太多了")));
+    dismissMessage();
     QVERIFY(m_service->stop());
     QVERIFY2(m_service->start(), qPrintable(m_service->errorText()));
     openDesktop();
@@ -547,9 +551,7 @@ void TestStockPageBlacklist::anotherMachineOfTheAccountSharesTheListAndAnotherAc
 
 void TestStockPageBlacklist::loginAndLogoutChangeTheMarkOfTheStockOnShow()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     QCOMPARE(name(), markedMaotai);
     // A session that is confirmed is no new login.
     const int checks = m_checks->size();
@@ -595,9 +597,7 @@ void TestStockPageBlacklist::refusalIsToldInTheServicesWords()
         WindowInput::click(button());
         QTRY_VERIFY(question.shown());
     } else {
-        const DialogVisit visit(addTitle, giveReason(QStringLiteral("涨得太多了")));
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
+        pressButton(addTitle, giveReason(QStringLiteral("涨得太多了")));
     }
     const BoxAnswer told(ok);
     QTRY_VERIFY(told.shown());
@@ -640,9 +640,7 @@ void TestStockPageBlacklist::failedCheckLeavesTheLastState()
     QFETCH(QJsonObject, further);
     QFETCH(QString, statusText);
     QFETCH(QString, style);
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     m_service->addFault(checkPath, kind, further);
     WindowInput::click(button());
     QTRY_VERIFY2(status().startsWith(statusText), qPrintable(status()));
@@ -661,18 +659,14 @@ void TestStockPageBlacklist::failedCheckLeavesTheLastState()
 
 void TestStockPageBlacklist::stockThatIsGoneFromTheListByThenIsToldSo()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
-    const DialogVisit visit(QStringLiteral("黑名单管理"), [this](QDialog &dialog) {
+    openDesktopOnAListedStock();
+    pressButton(QStringLiteral("黑名单管理"), [this](QDialog &dialog) {
         QVERIFY(
             m_service
                 ->request("DELETE", "/stockhelper/blacklist/600519", {}, byKey(ServiceProcess::demoApiKey()))
                 .success());
         WindowInput::click(dynamic_cast<QMessageBox &>(dialog).button(QMessageBox::Yes));
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
     QTRY_COMPARE(status(), QStringLiteral("查询失败: 该股票不在黑名单中"));
 }
 
@@ -680,14 +674,10 @@ void TestStockPageBlacklist::serviceThatGoesDownInTheMiddleLosesNothing()
 {
     openDesktop();
     follow("600519");
-    {
-        const DialogVisit visit(addTitle, [this](QDialog &dialog) {
-            m_service->kill();
-            giveReason(QStringLiteral("涨得太多了"))(dialog);
-        });
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
-    }
+    pressButton(addTitle, [this](QDialog &dialog) {
+        m_service->kill();
+        giveReason(QStringLiteral("涨得太多了"))(dialog);
+    });
     QTRY_VERIFY2(status().startsWith(QStringLiteral("查询失败: 网络错误 [")), qPrintable(status()));
     QCOMPARE(name(), plainMaotai);
     QCOMPARE(button()->text(), QStringLiteral("黑"));
@@ -698,20 +688,15 @@ void TestStockPageBlacklist::serviceThatGoesDownInTheMiddleLosesNothing()
     StockApiConfig::instance()->refreshFromSettings();
     StockApiConfig::instance()->setTdxOffset(StockPageFixture::tdxOffset);
     m_desktop->page->useConfiguredService();
-    const DialogVisit visit(addTitle, giveReason(QStringLiteral("涨得太多了")));
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
-    const BoxAnswer told(ok);
-    QTRY_VERIFY(told.shown());
+    pressButton(addTitle, giveReason(QStringLiteral("涨得太多了")));
+    dismissMessage();
     QTRY_COMPARE(name(), markedMaotai);
     QVERIFY(isListed(QStringLiteral("600519")));
 }
 
 void TestStockPageBlacklist::markStaysWhileTheSameStockIsCheckedAnew()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     delay(checkPath, 400);
     const QString updated = QStringLiteral("已更新 600519 综合信息");
     QMetaObject::invokeMethod(m_desktop->page, "onRefreshButtonClicked");
@@ -723,9 +708,7 @@ void TestStockPageBlacklist::markStaysWhileTheSameStockIsCheckedAnew()
 
 void TestStockPageBlacklist::markIsNotHandedOnToTheNextStock()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     delay(checkPath + QStringLiteral("000001"), 400);
     const int before = m_checks->size();
     open("000001");
@@ -763,17 +746,12 @@ void TestStockPageBlacklist::answersOfTheUserAreAboutTheStockThatTheButtonWasPre
 {
     openDesktop();
     follow("600519");
-    {
-        // The trading program goes on while the dialog is open.
-        const DialogVisit visit(addTitle, [this](QDialog &dialog) {
-            follow("000001");
-            giveReason(QStringLiteral("涨得太多了"))(dialog);
-        });
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
-        const BoxAnswer told(ok);
-        QTRY_VERIFY(told.shown());
-    }
+    // The trading program goes on while the dialog is open.
+    pressButton(addTitle, [this](QDialog &dialog) {
+        follow("000001");
+        giveReason(QStringLiteral("涨得太多了"))(dialog);
+    });
+    dismissMessage();
     QCOMPARE(status(), QStringLiteral("已添加到黑名单: 贵州茅台(600519)"));
     QCOMPARE(statusStyle(), green);
     QVERIFY(isListed(QStringLiteral("600519")));
@@ -782,14 +760,11 @@ void TestStockPageBlacklist::answersOfTheUserAreAboutTheStockThatTheButtonWasPre
 
     QVERIFY(list(QStringLiteral("000001"), 3).success());
     follow("600519");
-    const DialogVisit visit(QStringLiteral("黑名单管理"), [this](QDialog &dialog) {
+    pressButton(QStringLiteral("黑名单管理"), [this](QDialog &dialog) {
         follow("000001");
         WindowInput::click(dynamic_cast<QMessageBox &>(dialog).button(QMessageBox::Yes));
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
-    const BoxAnswer told(ok);
-    QTRY_VERIFY(told.shown());
+    dismissMessage();
     QCOMPARE(status(), QStringLiteral("已从黑名单移除: 贵州茅台(600519)"));
     QVERIFY(!isListed(QStringLiteral("600519")));
     QVERIFY(isListed(QStringLiteral("000001")));
@@ -803,20 +778,13 @@ void TestStockPageBlacklist::withoutANameTheCodeStandsAlone()
     delay(QStringLiteral("/stockhelper/stock/comprehensive"), 100000);
     open("600519");
     const QString codeAlone = link(QStringLiteral("600519"), QStringLiteral("600519"));
-    {
-        const DialogVisit visit(addTitle, [codeAlone, this](QDialog &dialog) {
-            QCOMPARE(name(), codeAlone);
-            QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("stockLabel"))->text(),
-                     QStringLiteral("股票：600519"));
-            giveReason(QStringLiteral("涨得太多了"))(dialog);
-        });
-        WindowInput::click(button());
-        QTRY_VERIFY(visit.ended());
-    }
-    {
-        const BoxAnswer told(ok);
-        QTRY_VERIFY(told.shown());
-    }
+    pressButton(addTitle, [codeAlone, this](QDialog &dialog) {
+        QCOMPARE(name(), codeAlone);
+        QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("stockLabel"))->text(),
+                 QStringLiteral("股票：600519"));
+        giveReason(QStringLiteral("涨得太多了"))(dialog);
+    });
+    dismissMessage();
     QTRY_COMPARE(name(), codeAlone + badge());
     QVERIFY(isListed(QStringLiteral("600519")));
     QCOMPARE(entry(QStringLiteral("600519")).value(QStringLiteral("stock_name")).toString(), QString());
@@ -828,9 +796,7 @@ void TestStockPageBlacklist::withoutANameTheCodeStandsAlone()
 
 void TestStockPageBlacklist::markFollowsTheSizesAndColoursOfTheSettings()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     ConfigManager::instance()->setStockCodeNameFontSize(20);
     ConfigManager::instance()->setMainBoardColor(QStringLiteral("#123456"));
     m_desktop->page->reloadSettings();
@@ -843,20 +809,23 @@ void TestStockPageBlacklist::markFollowsTheSizesAndColoursOfTheSettings()
 
 void TestStockPageBlacklist::whatIsNoStockCanBeListedToo()
 {
-    QVERIFY(list(QStringLiteral("600519"), 3).success());
-    openDesktop();
-    follow("600519");
+    openDesktopOnAListedStock();
     open("399001");
     QVERIFY(name().endsWith(QStringLiteral(">399001</a>")));
-    const DialogVisit visit(addTitle, [](QDialog &dialog) {
+    pressButton(addTitle, [](QDialog &dialog) {
         QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("stockLabel"))->text(),
                  QStringLiteral("股票：399001"));
         WindowInput::press(&dialog, Qt::Key_Escape);
     });
-    WindowInput::click(button());
-    QTRY_VERIFY(visit.ended());
     QVERIFY(name().endsWith(QStringLiteral(">399001</a>")));
     QCOMPARE(button()->text(), QStringLiteral("黑"));
+    QVERIFY(!isListed(QStringLiteral("399001")));
+
+    pressButton(addTitle, giveReason(QStringLiteral("涨得太多了")));
+    dismissMessage();
+    QTRY_VERIFY(name().endsWith(QStringLiteral(">399001</a>") + badge()));
+    QCOMPARE(button()->text(), QStringLiteral("移"));
+    QVERIFY(isListed(QStringLiteral("399001")));
 }
 
 LARKSPIRE_TEST_MAIN(TestStockPageBlacklist)

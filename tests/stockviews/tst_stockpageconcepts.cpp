@@ -36,7 +36,7 @@ RawAnswer themesAnswer(const QString &code, const QStringList &names)
                                 {QStringLiteral("sector_name"), name},
                                 {QStringLiteral("desc"), QString()}});
     }
-    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), data}});
+    return dataAnswer(data);
 }
 
 } // namespace
@@ -86,6 +86,35 @@ class tst_StockPageConcepts : public QObject
         return names;
     }
 
+    /// Shows a stock of one concept, and the panel.
+    static void openPanel(StockPageFixture &page)
+    {
+        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
+        show(page, "600519");
+        clickButton(page);
+        QTRY_VERIFY(isOpen(page));
+    }
+    /// Goes to a stock whose answer is held back, and from it to one whose concept is shown.
+    static void leaveAStockWithoutItsAnswer(StockPageFixture &page, const QByteArray &left)
+    {
+        page.openInTdx(left);
+        page.tick();
+        QTRY_COMPARE(page.service.heldCount(), 1);
+        page.openInTdx("688981");
+        page.tick();
+        QTRY_COMPARE(page.service.heldCount(), 2);
+        QVERIFY(page.service.releaseNewest(themesAnswer(QStringLiteral("688981"), {QStringLiteral("芯片")})));
+        QTRY_COMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
+    }
+    /// Answers the oldest question and waits until the page has taken notice.
+    static void answerOldest(StockPageFixture &page, const RawAnswer &answer)
+    {
+        QSignalSpy answered(page.page->findChild<QNetworkAccessManager *>(),
+                            &QNetworkAccessManager::finished);
+        QVERIFY(page.service.releaseOldest(answer));
+        QVERIFY(answered.wait());
+    }
+
 private slots:
     void initTestCase()
     {
@@ -117,7 +146,9 @@ private slots:
         QCOMPARE(panel(page)->parentWidget(), page.page);
         QCOMPARE(heading(page), QStringLiteral("长春高新 000661"));
         QCOMPARE(concepts(page), (QStringList{QStringLiteral("生物医药"), QStringLiteral("医疗器械")}));
-        QVERIFY(page.window->isActiveWindow() || !panel(page)->isActiveWindow());
+        QVERIFY(QTest::qWaitForWindowExposed(panel(page)));
+        QVERIFY(QTest::qWaitForWindowActive(page.window.get()));
+        QCOMPARE(QApplication::activeWindow(), page.window.get());
 
         const QPointer<ThemeStocksDialog> first = panel(page);
         clickButton(page);
@@ -206,35 +237,21 @@ private slots:
         page.tick();
         QTRY_COMPARE(page.status(), QStringLiteral("已更新 000661 综合信息"));
         // The late answer brings up a question about the stock that is on show now.
-        RawHttpServer &server = page.service.server();
-        QVERIFY(server.release(server.heldRequests().first(),
-                               themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")})));
+        QVERIFY(page.service.releaseOldest(themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")})));
         QTRY_COMPARE(page.service.targets(themesPath).size(), 2);
         QVERIFY(page.service.targets(themesPath).last().endsWith(QStringLiteral("code=000661")));
         QVERIFY(panel(page) == nullptr);
-        QTRY_COMPARE(server.heldRequests().size(), 1);
-        QVERIFY(server.release(server.heldRequests().first(),
-                               themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
+        QTRY_COMPARE(page.service.heldCount(), 1);
+        QVERIFY(
+            page.service.releaseOldest(themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
         QTRY_VERIFY(isOpen(page));
         QCOMPARE(heading(page), QStringLiteral("股000661 000661"));
         QCOMPARE(concepts(page), QStringList(QStringLiteral("生物医药")));
 
         // Two answers that overtake each other.
-        page.openInTdx("300750");
-        page.tick();
-        QTRY_COMPARE(server.heldRequests().size(), 1);
-        page.openInTdx("688981");
-        page.tick();
-        QTRY_COMPARE(server.heldRequests().size(), 2);
-        const QList<int> held = server.heldRequests();
-        QVERIFY(
-            server.release(held.last(), themesAnswer(QStringLiteral("688981"), {QStringLiteral("芯片")})));
-        QTRY_COMPARE(heading(page), QStringLiteral("股688981 688981"));
-        QSignalSpy answered(page.page->findChild<QNetworkAccessManager *>(),
-                            &QNetworkAccessManager::finished);
-        QVERIFY(
-            server.release(held.first(), themesAnswer(QStringLiteral("300750"), {QStringLiteral("锂电池")})));
-        QVERIFY(answered.wait());
+        leaveAStockWithoutItsAnswer(page, "300750");
+        QCOMPARE(heading(page), QStringLiteral("股688981 688981"));
+        answerOldest(page, themesAnswer(QStringLiteral("300750"), {QStringLiteral("锂电池")}));
         QCOMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
         QCOMPARE(page.service.targets(themesPath).size(), 4);
     }
@@ -242,45 +259,25 @@ private slots:
     void noConceptsOfAStockThatWasLeftAreNoneOfTheNext()
     {
         StockPageFixture page;
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         page.service.answerPath(themesPath, RawAnswer::hold());
-        RawHttpServer &server = page.service.server();
-        page.openInTdx("002607");
-        page.tick();
-        QTRY_COMPARE(server.heldRequests().size(), 1);
-        page.openInTdx("688981");
-        page.tick();
-        QTRY_COMPARE(server.heldRequests().size(), 2);
-        const QList<int> held = server.heldRequests();
-        QVERIFY(
-            server.release(held.last(), themesAnswer(QStringLiteral("688981"), {QStringLiteral("芯片")})));
-        QTRY_COMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
-        QSignalSpy answered(page.page->findChild<QNetworkAccessManager *>(),
-                            &QNetworkAccessManager::finished);
-        QVERIFY(server.release(held.first(), themesAnswer(QStringLiteral("002607"), {})));
-        QVERIFY(answered.wait());
+        leaveAStockWithoutItsAnswer(page, "002607");
+        answerOldest(page, themesAnswer(QStringLiteral("002607"), {}));
         QCOMPARE(concepts(page), QStringList(QStringLiteral("芯片")));
     }
 
     void aPanelThatIsClosedBeforeItsAnswerComesStaysClosed()
     {
         StockPageFixture page;
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         page.service.answerPath(themesPath, RawAnswer::hold());
         page.openInTdx("000661");
         page.tick();
-        RawHttpServer &server = page.service.server();
-        QTRY_COMPARE(server.heldRequests().size(), 1);
+        QTRY_COMPARE(page.service.heldCount(), 1);
         clickButton(page);
         QVERIFY(!isOpen(page));
-        QVERIFY(server.release(server.heldRequests().first(),
-                               themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
+        QVERIFY(
+            page.service.releaseOldest(themesAnswer(QStringLiteral("000661"), {QStringLiteral("生物医药")})));
         QTRY_COMPARE(concepts(page), QStringList(QStringLiteral("生物医药")));
         QCOMPARE(page.status(), QStringLiteral("查询到 1 个主题信息"));
         QVERIFY(!isOpen(page));
@@ -353,11 +350,7 @@ private slots:
         QPoint place;
         {
             StockPageFixture page;
-            page.service.answerPath(themesPath,
-                                    themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-            show(page, "600519");
-            clickButton(page);
-            QTRY_VERIFY(isOpen(page));
+            openPanel(page);
             QVERIFY(QTest::qWaitForWindowExposed(panel(page)));
             QWindow *window = panel(page)->windowHandle();
             QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, QPoint(60, 15));
@@ -369,10 +362,7 @@ private slots:
         }
         StockPageFixture page;
         ConfigManager::instance()->setThemeCustomPosition(place); // what the fixture has emptied
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         QCOMPARE(panel(page)->pos(), place);
     }
 
@@ -380,10 +370,7 @@ private slots:
     {
         StockPageFixture page;
         ConfigManager::instance()->setThemePosition(0);
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         const QRect screen = QApplication::primaryScreen()->availableGeometry();
         QCOMPARE(panel(page)->x(), screen.x() + 50);
         ConfigManager::instance()->setThemePosition(2);
@@ -395,10 +382,7 @@ private slots:
     void aPanelThatWasDestroyedIsMadeAnew()
     {
         StockPageFixture page;
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         delete panel(page);
         clickButton(page);
         QTRY_VERIFY(isOpen(page));
@@ -408,10 +392,7 @@ private slots:
     void itGoesWithThePage()
     {
         StockPageFixture page;
-        page.service.answerPath(themesPath, themesAnswer(QStringLiteral("600519"), {QStringLiteral("白酒")}));
-        show(page, "600519");
-        clickButton(page);
-        QTRY_VERIFY(isOpen(page));
+        openPanel(page);
         const QPointer<ThemeStocksDialog> open = panel(page);
         page.window.reset();
         QVERIFY(!open);

@@ -39,7 +39,7 @@ QJsonObject analysisOf(const char *code, const char *title)
 
 RawAnswer answer(const QJsonArray &items)
 {
-    return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), items}});
+    return dataAnswer(items);
 }
 
 RawAnswer found(const char *code, const char *title)
@@ -80,6 +80,25 @@ struct MovePage : StockPageFixture
             switchOn();
         tick();
         QTRY_VERIFY(text("companyNameLabel").contains(QString::fromLatin1(code)));
+    }
+    /// Shows the first stock, and its panel.
+    void openPanel()
+    {
+        showStock("600519");
+        press();
+        QTRY_VERIFY(isOpen());
+    }
+    /// Goes on with the panel open, to a stock whose answer is held back and from it to another one, which is
+    /// answered.
+    void leaveAStockWithoutItsAnswer()
+    {
+        service.answerPath(analysisPath, RawAnswer::hold());
+        showStock("300001");
+        QTRY_COMPARE(service.heldCount(), 1);
+        showStock("600036");
+        QTRY_COMPARE(service.heldCount(), 2);
+        QVERIFY(service.releaseNewest(found("600036", "银行")));
+        QTRY_VERIFY(shown().contains(QStringLiteral("银行")));
     }
     void press() const { find<QPushButton>("searchStockButton")->click(); }
     DynamicAnalysisDialog *panel() const { return page->findChild<DynamicAnalysisDialog *>(); }
@@ -151,9 +170,7 @@ private slots:
     void anOpenPanelFollowsTheStock()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         page.service.answerPath(analysisPath, found("300001", "机器人"));
         page.showStock("300001");
         QTRY_VERIFY(page.shown().contains(QStringLiteral("机器人")));
@@ -176,9 +193,7 @@ private slots:
     void aClosedPanelAsksNothing()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         page.panel()->close();
         page.showStock("300001");
         page.openInTdx("399001");
@@ -191,16 +206,13 @@ private slots:
     void aPanelThatWasClosedMeanwhileStaysClosed()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         page.service.answerPath(analysisPath, RawAnswer::hold());
         page.showStock("300001");
-        QTRY_COMPARE(page.service.server().heldRequests().size(), 1);
+        QTRY_COMPARE(page.service.heldCount(), 1);
         page.press();
         QVERIFY(!page.isOpen());
-        QVERIFY(page.service.server().release(page.service.server().heldRequests().first(),
-                                              found("300001", "机器人")));
+        QVERIFY(page.service.releaseOldest(found("300001", "机器人")));
         // What is asked for later is answered later.
         page.service.answerPath(analysisPath, found("300001", "再次"));
         page.showStock("600036");
@@ -213,18 +225,9 @@ private slots:
     void anAnswerOfAStockThatWasLeftIsNotShown()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
-        RawHttpServer &server = page.service.server();
-        page.service.answerPath(analysisPath, RawAnswer::hold());
-        page.showStock("300001");
-        QTRY_COMPARE(server.heldRequests().size(), 1);
-        page.showStock("600036");
-        QTRY_COMPARE(server.heldRequests().size(), 2);
-        QVERIFY(server.release(server.heldRequests().last(), found("600036", "银行")));
-        QTRY_VERIFY(page.shown().contains(QStringLiteral("银行")));
-        QVERIFY(server.release(server.heldRequests().first(), found("300001", "机器人")));
+        page.openPanel();
+        page.leaveAStockWithoutItsAnswer();
+        QVERIFY(page.service.releaseOldest(found("300001", "机器人")));
         // Behind it nothing of the earlier one has come in.
         page.service.answerPath(analysisPath, found("000001", "保险"));
         page.showStock("000001");
@@ -236,20 +239,11 @@ private slots:
     void noAnalysisOfAStockThatWasLeftIsNoneOfTheNext()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
-        RawHttpServer &server = page.service.server();
-        page.service.answerPath(analysisPath, RawAnswer::hold());
-        page.showStock("300001");
-        QTRY_COMPARE(server.heldRequests().size(), 1);
-        page.showStock("600036");
-        QTRY_COMPARE(server.heldRequests().size(), 2);
-        QVERIFY(server.release(server.heldRequests().last(), found("600036", "银行")));
-        QTRY_VERIFY(page.shown().contains(QStringLiteral("银行")));
+        page.openPanel();
+        page.leaveAStockWithoutItsAnswer();
         QSignalSpy answered(page.page->findChild<StockApiClient *>(),
                             &StockApiClient::dynamicAnalysisReceived);
-        QVERIFY(server.release(server.heldRequests().first(), answer({})));
+        QVERIFY(page.service.releaseOldest(answer({})));
         QVERIFY(answered.wait());
         QVERIFY2(page.shown().contains(QStringLiteral("银行")), qPrintable(page.shown()));
     }
@@ -258,14 +252,13 @@ private slots:
     {
         MovePage page;
         page.showStock("600519");
-        RawHttpServer &server = page.service.server();
         page.service.answerPath(analysisPath, RawAnswer::hold());
         page.press();
-        QTRY_COMPARE(server.heldRequests().size(), 1);
+        QTRY_COMPARE(page.service.heldCount(), 1);
         page.showStock("300001");
         QCOMPARE(page.queries().size(), 1);
         page.service.answerPath(analysisPath, found("300001", "机器人"));
-        QVERIFY(server.release(server.heldRequests().first(), found("600519", "提价")));
+        QVERIFY(page.service.releaseOldest(found("600519", "提价")));
         QTRY_VERIFY(page.isOpen());
         QVERIFY(page.shown().contains(QStringLiteral("机器人")));
         QCOMPARE(page.queries().last(), MovePage::query("300001"));
@@ -289,9 +282,7 @@ private slots:
         QFETCH(const int, httpStatus);
         QFETCH(const QString, said);
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         const QString before = page.shown();
         page.service.answerPath(analysisPath, RawAnswer::body(body, httpStatus));
         page.showStock("300001");
@@ -330,9 +321,7 @@ private slots:
     void aDestroyedPanelIsMadeAnew()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         delete page.panel();
         page.showStock("300001");
         QCOMPARE(page.queries().size(), 1);
@@ -343,9 +332,7 @@ private slots:
     void thePageTakesItsPanelAlong()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         const QPointer<DynamicAnalysisDialog> panel = page.panel();
         page.window.reset();
         QVERIFY(!panel);
@@ -354,9 +341,7 @@ private slots:
     void theHotKeyLeavesThePanelOpenUnderItsEntry()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         const DialogVisit visit(QStringLiteral("录入异动信息"), [&page](QDialog &dialog) {
             page.press();
             QVERIFY(page.isOpen());
@@ -372,9 +357,7 @@ private slots:
     void thePanelBelongsToTheWindowAlsoWhenThatChangesItsFlags()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         QTRY_COMPARE(ownerOf(*page.panel()), page.window->windowHandle()->winId());
         const WId before = page.window->windowHandle()->winId();
         // As the compact mode does; without an owner the panel would go below the window. At times the window
@@ -400,9 +383,7 @@ private slots:
     void changedColorsShowAtOnce()
     {
         MovePage page;
-        page.showStock("600519");
-        page.press();
-        QTRY_VERIFY(page.isOpen());
+        page.openPanel();
         ConfigManager::instance()->setThemeWidth(420);
         page.page->reloadSettings();
         QCOMPARE(page.panel()->width(), 420);
