@@ -50,6 +50,7 @@ private slots:
 
     void fullFetchAsksForTheLatestTwoHundred();
     void fullFetchFillsTableLabelsAndDetails();
+    void fullFetchSelectsTheItemWhoseDetailsItShows();
     void fullFetchWithDetailsOffSelectsNothing();
     void refreshButtonStartsTheTimerOnce();
     void emptyFirstListMakesEveryTickAFullFetch();
@@ -230,6 +231,20 @@ void TestLarkspireAppNewsCycle::fullFetchFillsTableLabelsAndDetails()
     QCOMPARE(LarkspireAppPeer::keywordNewsCount(*m_window), 1);
     QCOMPARE(LarkspireAppPeer::lastUpdateTime(*m_window), Now);
     QVERIFY(table()->isSortingEnabled());
+}
+
+void TestLarkspireAppNewsCycle::fullFetchSelectsTheItemWhoseDetailsItShows()
+{
+    // The service's first item counts, wherever the sort puts it.
+    m_service->news = {newsObject(QStringLiteral("1"), QStringLiteral("旧闻一"), Now.addSecs(-500)),
+                       newsObject(QStringLiteral("2"), QStringLiteral("旧闻二"), Now.addSecs(-400))};
+    fetch();
+    QCOMPARE(rowIds(), (QStringList{QStringLiteral("2"), QStringLiteral("1")}));
+    QCOMPARE(LarkspireAppPeer::lastNewsId(*m_window), QStringLiteral("1"));
+    QCOMPARE(LarkspireAppPeer::lastNewsTime(*m_window), Now.addSecs(-500));
+    QVERIFY(details().contains(QStringLiteral("旧闻一")));
+    QVERIFY(table()->item(1, 0)->isSelected());
+    QVERIFY(!table()->item(0, 0)->isSelected());
 }
 
 void TestLarkspireAppNewsCycle::fullFetchWithDetailsOffSelectsNothing()
