@@ -1,5 +1,6 @@
 #include "app/MainWindowUi.h"
 
+#include "app/MainTabs.h"
 #include "news/CustomTableWidget.h"
 #include "settings/InputField.h"
 
@@ -111,7 +112,7 @@ void MainWindowUi::setupUi(QMainWindow *window)
     verticalLayout->setSpacing(2);
     verticalLayout->setContentsMargins(4, 4, 4, 2);
 
-    mainTabWidget = make<QTabWidget>(QStringLiteral("mainTabWidget"), centralwidget);
+    mainTabWidget = make<MainTabs>(QStringLiteral("mainTabWidget"), centralwidget);
     mainTabWidget->setTabPosition(QTabWidget::South);
     verticalLayout->addWidget(mainTabWidget);
 

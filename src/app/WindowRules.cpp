@@ -62,6 +62,11 @@ QPoint dialogPosition(QSize dialog, const QRect &around, const QRect &screen)
             std::max(screen.top(), std::min(place.top(), screen.bottom() + 1 - dialog.height()))};
 }
 
+int leastPagesHeight(int wanted, int available, int rest, int least)
+{
+    return std::min(wanted, std::max(available - rest, least));
+}
+
 bool isNetworkLoginFailure(const QString &message)
 {
     static const QStringList marks = {QStringLiteral("网络"), QStringLiteral("network"),

@@ -43,6 +43,11 @@ QPoint volumeTipPosition(const SliderState &slider, QSize tip, QPoint windowOrig
 /// is too large for that, its title stays in sight. All in screen coordinates.
 QPoint dialogPosition(QSize dialog, const QRect &around, const QRect &screen);
 
+/// The least height of the pages: what they ask for, but no more than the screen's \p available lines leave
+/// beside the \p rest of the window, its frame included; and never less than \p least, or than they ask for
+/// where that is less still.
+int leastPagesHeight(int wanted, int available, int rest, int least);
+
 /// Whether a failed login failed for the network, told by its message.
 bool isNetworkLoginFailure(const QString &message);
 

@@ -24,6 +24,8 @@ private slots:
     void volumeTipPosition();
     void dialogOpensInTheMiddleAndInSight_data();
     void dialogOpensInTheMiddleAndInSight();
+    void pagesGiveWayOnASmallScreen_data();
+    void pagesGiveWayOnASmallScreen();
     void networkFailureIsToldByTheMessage_data();
     void networkFailureIsToldByTheMessage();
 };
@@ -189,6 +191,27 @@ void TestWindowRules::dialogOpensInTheMiddleAndInSight()
     QFETCH(QSize, dialog);
     QFETCH(QRect, around);
     QTEST(WindowRules::dialogPosition(dialog, around, QRect(0, 24, 1920, 1056)), "expected");
+}
+
+void TestWindowRules::pagesGiveWayOnASmallScreen_data()
+{
+    QTest::addColumn<int>("wanted");
+    QTest::addColumn<int>("available");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("a large screen") << 590 << 1040 << 590;
+    QTest::newRow("a screen that is just large enough") << 590 << 740 << 590;
+    QTest::newRow("one line less") << 590 << 739 << 589;
+    QTest::newRow("a small screen") << 590 << 680 << 530;
+    QTest::newRow("the least") << 590 << 550 << 400;
+    QTest::newRow("a screen that is too small for that") << 590 << 300 << 400;
+    QTest::newRow("pages that ask for less than the least") << 350 << 300 << 350;
+}
+
+void TestWindowRules::pagesGiveWayOnASmallScreen()
+{
+    QFETCH(int, wanted);
+    QFETCH(int, available);
+    QTEST(WindowRules::leastPagesHeight(wanted, available, 150, 400), "expected");
 }
 
 void TestWindowRules::networkFailureIsToldByTheMessage_data()
