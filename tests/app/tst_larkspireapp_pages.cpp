@@ -197,13 +197,7 @@ void TestLarkspireAppPages::init()
     publish(QStringLiteral("新能源汽车销量创新高"), 60);
 
     // A session that the service confirms: the user is logged in and the news cycle stands still.
-    const QString token = m_service
-                              ->request("POST", "/auth/verify_apikey",
-                                        {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()}},
-                                        {{"X-API-Key", ServiceProcess::demoApiKey().toUtf8()},
-                                         {"X-Device-ID", DeviceIdentity::deviceId().toUtf8()}})
-                              .object.value(QLatin1String("session_token"))
-                              .toString();
+    const QString token = m_service->openSession(DeviceIdentity::deviceId());
     QVERIFY(!token.isEmpty());
     ConfigManager *settings = ConfigManager::instance();
     settings->setApiServerUrl(m_service->baseUrl());

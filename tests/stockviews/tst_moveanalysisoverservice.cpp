@@ -24,16 +24,7 @@ struct ServedPage : StockPageFixture
     explicit ServedPage(const ServiceProcess &served)
     {
         now = QDateTime(QDate(2024, 8, 8), QTime(10, 30));
-        const QString token = served
-                                  .request("POST", "/auth/verify_apikey",
-                                           {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()},
-                                            {QStringLiteral("device_id"), QStringLiteral("desk")},
-                                            {QStringLiteral("device_name"), QStringLiteral("desk")},
-                                            {QStringLiteral("device_type"), QStringLiteral("desktop")}},
-                                           {{"X-Device-ID", "desk"}})
-                                  .object.value(QStringLiteral("session_token"))
-                                  .toString();
-        useStockService(served.baseUrl(), token);
+        useStockService(served.baseUrl(), served.openSession(QStringLiteral("desk")));
         QSettings(settingsFilePath(), QSettings::IniFormat)
             .setValue(QStringLiteral("DynamicAnalysis/EnableManualEdit"), true);
     }

@@ -442,19 +442,8 @@ void TestStockBlacklist::listIsThereAfterARestartAndOnASecondMachine()
     ServiceProcess::Settings settings;
     ServiceProcess service(settings);
     QVERIFY2(service.start(), qPrintable(service.errorText()));
-    const auto logIn = [&service](const QString &deviceId) {
-        return service
-            .request("POST", "/auth/verify_apikey",
-                     {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()},
-                      {QStringLiteral("device_id"), deviceId},
-                      {QStringLiteral("device_name"), deviceId},
-                      {QStringLiteral("device_type"), QStringLiteral("desktop")}},
-                     {{"X-Device-ID", deviceId.toUtf8()}})
-            .object.value(QStringLiteral("session_token"))
-            .toString();
-    };
-    const QString first = logIn(QStringLiteral("first"));
-    const QString second = logIn(QStringLiteral("second"));
+    const QString first = service.openSession(QStringLiteral("first"));
+    const QString second = service.openSession(QStringLiteral("second"));
     QVERIFY(!first.isEmpty());
     QVERIFY(!second.isEmpty());
     QVERIFY(first != second);

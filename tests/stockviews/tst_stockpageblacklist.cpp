@@ -331,14 +331,7 @@ void TestStockPageBlacklist::withoutAUserNothingIsCheckedAndTheButtonDoesNothing
 {
     openDesktop(QString());
     // The records want somebody logged in as well.
-    ConfigManager::instance()->setSessionToken(
-        m_service
-            ->request("POST", "/auth/verify_apikey",
-                      {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()},
-                       {QStringLiteral("device_id"), QStringLiteral("elsewhere")}},
-                      {{"X-Device-ID", "elsewhere"}})
-            .object.value(QStringLiteral("session_token"))
-            .toString());
+    ConfigManager::instance()->setSessionToken(m_service->openSession(QStringLiteral("elsewhere")));
     open("600519");
     QTRY_COMPARE(name(), plainMaotai);
     QVERIFY(button()->isEnabled());

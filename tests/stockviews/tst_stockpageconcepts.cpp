@@ -122,14 +122,7 @@ private slots:
         qRegisterMetaType<QNetworkReply *>();
         m_service = std::make_unique<ServiceProcess>();
         QVERIFY2(m_service->start(), qPrintable(m_service->errorText()));
-        const ServiceProcess::Answer login =
-            m_service->request("POST", "/auth/verify_apikey",
-                               {{QStringLiteral("api_key"), ServiceProcess::demoApiKey()},
-                                {QStringLiteral("device_id"), QStringLiteral("desk")},
-                                {QStringLiteral("device_name"), QStringLiteral("desk")},
-                                {QStringLiteral("device_type"), QStringLiteral("desktop")}},
-                               {{"X-Device-ID", "desk"}});
-        m_session = login.object.value(QStringLiteral("session_token")).toString();
+        m_session = m_service->openSession(QStringLiteral("desk"));
         QVERIFY(!m_session.isEmpty());
     }
 

@@ -282,6 +282,18 @@ QString ServiceProcess::registerAccount(const QString &username, const QString &
     return answer.data().value(QLatin1String("api_key")).toString();
 }
 
+QString ServiceProcess::openSession(const QString &deviceId) const
+{
+    return request("POST", "/auth/verify_apikey",
+                   {{QStringLiteral("api_key"), demoApiKey()},
+                    {QStringLiteral("device_id"), deviceId},
+                    {QStringLiteral("device_name"), deviceId},
+                    {QStringLiteral("device_type"), QStringLiteral("desktop")}},
+                   {{"X-API-Key", demoApiKey().toUtf8()}, {"X-Device-ID", deviceId.toUtf8()}})
+        .object.value(QLatin1String("session_token"))
+        .toString();
+}
+
 QString ServiceProcess::wirePassword(const QString &password)
 {
     return QString::fromLatin1(password.toUtf8().toBase64());

@@ -140,6 +140,9 @@ public:
     /// Registers an account with all that belongs to it. @return its API key, empty on a refusal.
     QString registerAccount(const QString &username, const QString &email, const QString &password) const;
 
+    /// Logs the demonstration account in on a device. @return the session's token, empty on a refusal.
+    QString openSession(const QString &deviceId) const;
+
     /// Base64 of the password's UTF-8 bytes, as the wire carries it.
     static QString wirePassword(const QString &password);
 
