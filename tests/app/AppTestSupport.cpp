@@ -120,7 +120,9 @@ QString trayMessage()
 QStyle::StandardPixmap trayMessageIcon()
 {
     const QWidget *balloon = trayBalloon();
-    const QList<QLabel *> labels = balloon ? balloon->findChildren<QLabel *>() : QList<QLabel *>();
+    if (!balloon)
+        return QStyle::SP_CustomBase;
+    const QList<QLabel *> labels = balloon->findChildren<QLabel *>();
     for (const QLabel *label : labels) {
         const QPixmap picture = label->pixmap(Qt::ReturnByValue);
         if (picture.isNull())
