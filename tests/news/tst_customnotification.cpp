@@ -518,9 +518,10 @@ private slots:
         QCOMPARE(card.pixelColor(middle, 0), QColor(200, 200, 200));
         QCOMPARE(card.pixelColor(middle, 3), QColor(0xD9, 0xDB, 0xDC));
         QCOMPARE(card.pixelColor(3, card.height() / 2), QColor(0xD9, 0xDB, 0xDC));
-        // The corner's arc has a radius of 12.
-        QCOMPARE(card.pixelColor(2, 2).alpha(), 0);
-        QCOMPARE(card.pixelColor(4, 4).alpha(), 255);
+        // The arc of the corner has a radius of 12: it runs right through this pixel.
+        m_card->clearMask();
+        const int cut = m_card->grab().toImage().pixelColor(3, 3).alpha();
+        QVERIFY2(cut > 80 && cut < 150, qPrintable(QString::number(cut)));
     }
 
     void whatIsBehindShowsInTheCornersWithoutACompositor()
