@@ -223,13 +223,24 @@ void LarkspireApp::toggleTopMostFromTray()
     const bool enable = !windowFlags().testFlag(Qt::WindowStaysOnTopHint);
     Qt::WindowFlags flags = windowFlags();
     flags.setFlag(Qt::WindowStaysOnTopHint, enable);
-    changeWindowFlags(flags);
+    const QPoint position = pos();
+    const QSize extent = size();
+    const bool wasVisible = isVisible();
+    // The box may change the flags once more. A window that goes and comes twice at once may be taken off the
+    // screen by an X11 window manager that is late for the second going.
+    hide();
+    setWindowFlags(flags);
     m_config.enableTopmost = enable;
     ConfigManager::instance()->setEnableTopmost(enable);
     ConfigManager::instance()->sync();
     // When this changes the box, its own slot runs and takes a hint just added away again, while setting and
     // box stay on; that is meant.
     m_ui->topMostCheckBox->setChecked(enable);
+    if (wasVisible) {
+        show();
+        move(position);
+        resize(extent);
+    }
     updateTopMostAction(enable);
 }
 

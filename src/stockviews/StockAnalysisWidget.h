@@ -212,7 +212,7 @@ private:
     void enterCompactMode();
     void leaveCompactMode();
     void showFrameWidgets(bool visible);
-    void changeWindowFlags(Qt::WindowFlags flags);
+    void changeWindowFlags(Qt::WindowFlags flags, const QRect &place);
     bool resizeWindow(QEvent *event);
     /// Moves the window along with the mouse; false when it is not being dragged.
     bool dragWindow(const QMouseEvent *event);

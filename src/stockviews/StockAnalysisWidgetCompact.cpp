@@ -74,10 +74,9 @@ void StockAnalysisWidget::showFrameWidgets(bool visible)
         setVisibleIfThere(mainWindow->menuWidget(), visible);
 }
 
-void StockAnalysisWidget::changeWindowFlags(Qt::WindowFlags flags)
+void StockAnalysisWidget::changeWindowFlags(Qt::WindowFlags flags, const QRect &place)
 {
     QWidget *main = window();
-    const QRect place = main->geometry();
     main->setWindowFlags(flags);
     main->show();
     main->setGeometry(place);
@@ -89,12 +88,16 @@ void StockAnalysisWidget::enterCompactMode()
     m_compactMode = true;
     m_savedWindowFlags = main->windowFlags();
     m_savedWindowMargins = main->contentsMargins();
+    const QRect place = main->geometry();
+    // The box and the frame change the window's flags one after the other. A window that goes and comes twice
+    // at once may be taken off the screen by an X11 window manager that is late for the second going.
+    main->hide();
     if (auto *topMost = main->findChild<QCheckBox *>(QStringLiteral("topMostCheckBox")))
         topMost->setChecked(true);
     m_ui->pageLayout->setContentsMargins(0, 0, 0, 0);
     showFrameWidgets(false);
     main->setContentsMargins(0, 0, 0, 0);
-    changeWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    changeWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint, place);
     // For the cursors of the edges.
     main->setAttribute(Qt::WA_Hover);
     main->installEventFilter(this);
@@ -115,7 +118,7 @@ void StockAnalysisWidget::leaveCompactMode()
     main->removeEventFilter(this);
     main->unsetCursor();
     main->setContentsMargins(m_savedWindowMargins);
-    changeWindowFlags(m_savedWindowFlags | Qt::WindowStaysOnTopHint);
+    changeWindowFlags(m_savedWindowFlags | Qt::WindowStaysOnTopHint, main->geometry());
     main->setAttribute(Qt::WA_TranslucentBackground, false);
     m_ui->compactModeButton->setText(QStringLiteral("简"));
     m_ui->compactModeButton->setToolTip(QStringLiteral("切换精简模式"));

@@ -16,8 +16,11 @@
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QSlider>
+#include <QTabWidget>
 #include <QTimer>
+#include <QWindow>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(QSystemTrayIcon::ActivationReason)
@@ -45,6 +48,27 @@ QAction *trayEntry(LarkspireApp &window, const QString &text)
 }
 
 } // namespace
+
+/// How often a window was hidden and shown by the program.
+class VisibilityLog final : public QObject
+{
+public:
+    int hides() const { return m_hides; }
+    int shows() const { return m_shows; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (!event->spontaneous()) {
+            m_hides += event->type() == QEvent::Hide ? 1 : 0;
+            m_shows += event->type() == QEvent::Show ? 1 : 0;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int m_hides = 0;
+    int m_shows = 0;
+};
 
 class TestLarkspireAppWindow : public QObject
 {
@@ -102,6 +126,8 @@ private slots:
     void topMostByTheBoxWorksInBothDirections();
     void enablingTopMostTwiceTakesTheHintAway();
     void topMostByTheTrayEndsWithoutTheHint();
+    void windowGoesAndComesOnceWhenItsFlagsChangeTwice_data();
+    void windowGoesAndComesOnceWhenItsFlagsChangeTwice();
     void topMostByTheTrayAgainPutsTheWindowOnTop();
     void topMostOffByTheTrayWorks();
     void topMostFromTheSettingsHoldsAtTheStart();
@@ -723,6 +749,30 @@ void TestLarkspireAppWindow::topMostByTheTrayEndsWithoutTheHint()
     QVERIFY(entry->isChecked());
     QCOMPARE(entry->text(), QStringLiteral("取消置顶"));
     QVERIFY(window->isVisible());
+}
+
+void TestLarkspireAppWindow::windowGoesAndComesOnceWhenItsFlagsChangeTwice_data()
+{
+    QTest::addColumn<bool>("compact");
+    QTest::newRow("top-most by the tray") << false;
+    QTest::newRow("compact mode") << true;
+}
+
+void TestLarkspireAppWindow::windowGoesAndComesOnceWhenItsFlagsChangeTwice()
+{
+    QFETCH(bool, compact);
+    const auto window = openWindow();
+    window->findChild<QTabWidget *>(QStringLiteral("mainTabWidget"))->setCurrentIndex(2);
+    VisibilityLog log;
+    window->installEventFilter(&log);
+    if (compact)
+        window->findChild<QPushButton *>(QStringLiteral("compactModeButton"))->click();
+    else
+        trayEntry(*window, QStringLiteral("置顶"))->trigger();
+    // Twice at once, and the window manager might take the window off the screen.
+    QCOMPARE(log.hides(), 1);
+    QCOMPARE(log.shows(), 1);
+    QTRY_VERIFY(window->windowHandle()->isExposed());
 }
 
 void TestLarkspireAppWindow::topMostByTheTrayAgainPutsTheWindowOnTop()
