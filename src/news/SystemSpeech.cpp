@@ -9,6 +9,7 @@ void SystemSpeech::open()
     try {
         m_tts = new QTextToSpeech(m_engine, this);
         connect(m_tts, &QTextToSpeech::stateChanged, this, &SystemSpeech::stateChanged);
+        connect(m_tts, &QTextToSpeech::stateChanged, this, &SystemSpeech::sayNext);
         m_offer.locales = m_tts->availableLocales();
         m_offer.locale = m_tts->locale();
         m_offer.voice = m_tts->voice();
@@ -21,12 +22,22 @@ void SystemSpeech::open()
 
 void SystemSpeech::say(const QString &text, int round)
 {
-    if (m_tts && round == m_round)
-        m_tts->say(text);
+    m_texts.enqueue({text, round});
+    sayNext();
+}
+
+void SystemSpeech::sayNext()
+{
+    while (m_tts && !m_texts.isEmpty() && m_tts->state() != QTextToSpeech::Speaking) {
+        const Text next = m_texts.dequeue();
+        if (next.round == m_round)
+            m_tts->say(next.text);
+    }
 }
 
 void SystemSpeech::stop()
 {
+    m_texts.clear();
     if (m_tts)
         m_tts->stop();
 }

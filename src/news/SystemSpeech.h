@@ -2,6 +2,7 @@
 
 #include <QLocale>
 #include <QObject>
+#include <QQueue>
 #include <QString>
 #include <QTextToSpeech>
 #include <QVector>
@@ -31,7 +32,8 @@ public:
 
     /// Makes the engine, which may last, and emits opened().
     void open();
-    /// Says the text, unless texts of this round have been forgotten by now.
+    /// Says the text, unless texts of this round have been forgotten by now. Who posted it saw an engine at
+    /// rest: a text that has begun meanwhile is said to its end first, and not cut off as the engine would.
     void say(const QString &text, int round);
     void stop();
     void pause();
@@ -53,8 +55,16 @@ signals:
     void stateChanged(QTextToSpeech::State state);
 
 private:
+    struct Text
+    {
+        QString text;
+        int round = 0;
+    };
+    void sayNext();
+
     QString m_engine;
     QTextToSpeech *m_tts = nullptr;
     Offer m_offer;
+    QQueue<Text> m_texts;
     std::atomic<int> m_round = 0;
 };

@@ -1,6 +1,7 @@
 #include "news/DetachedSpeechEngine.h"
 #include "news/SpeechEngineChoice.h"
 #include "news/SpeechManager.h"
+#include "news/SystemSpeech.h"
 #include "support/IsolatedHome.h"
 #include "support/LogCapture.h"
 #include "support/SpeechDispatcher.h"
@@ -174,6 +175,29 @@ private slots:
         QVERIFY(!engine.setLocale(QLocale(QLocale::German)));
         QVERIFY(!engine.setVoice(engine.voice()));
         QCOMPARE(engine.locale(), before);
+    }
+
+    // The program saw the engine at rest when it handed the second one over: news of it was still on its way.
+    void aTextThatHasBegunMeanwhileIsSaidToItsEnd()
+    {
+        SystemSpeech speech(speechd());
+        QList<QTextToSpeech::State> states;
+        connect(&speech, &SystemSpeech::stateChanged, this,
+                [&states](QTextToSpeech::State state) { states.append(state); });
+        speech.open();
+        const int before = m_dispatcher->cancelCount();
+        speech.say(QStringLiteral("第一条"), speech.round());
+        QTRY_COMPARE(states, QList<QTextToSpeech::State>{QTextToSpeech::Speaking});
+        speech.say(QStringLiteral("第二条"), speech.round());
+        speech.say(QStringLiteral("第三条"), speech.round() - 1);
+        speech.say(QStringLiteral("第四条"), speech.round());
+        QCOMPARE(m_dispatcher->texts(), QStringList{QStringLiteral("第一条")});
+        QCOMPARE(m_dispatcher->cancelCount(), before);
+
+        QTRY_VERIFY((m_dispatcher->finishText(), m_dispatcher->texts().size() == 3));
+        QCOMPARE(m_dispatcher->texts(),
+                 (QStringList{QStringLiteral("第一条"), QStringLiteral("第二条"), QStringLiteral("第四条")}));
+        QCOMPARE(m_dispatcher->cancelCount(), before);
     }
 
     // The last one: it leaves a thread behind that waits until the process ends.
