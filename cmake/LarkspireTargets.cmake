@@ -86,6 +86,15 @@ function(larkspire_library name)
   endif()
 endfunction()
 
+# The lock of tests that look for programs by name: where each can have a list of processes of its own it is empty.
+set(LARKSPIRE_ONE_PROCESS_LIST)
+if(LARKSPIRE_TESTS AND NOT WIN32)
+  execute_process(COMMAND "${PROJECT_SOURCE_DIR}/tests/support/with-own-processes" true ERROR_VARIABLE not_allowed)
+  if(not_allowed)
+    set(LARKSPIRE_ONE_PROCESS_LIST processes)
+  endif()
+endif()
+
 # larkspire_meta_objects(TARGET source...): calls moc on the sources of a test that hold a class with Q_OBJECT. CMake's own
 # automation costs more than a second of every test, as it starts a program and compiles a file for each.
 function(larkspire_meta_objects target)
@@ -119,14 +128,15 @@ function(larkspire_meta_objects target)
   endforeach()
 endfunction()
 
-# larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] [WINE] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+# larkspire_test(NAME [DISPLAY] [WAYLAND] [SOUND] [PROCESSES] [WINE] [LONG] SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
 # A Qt Test program under CTest. Without DISPLAY it runs on the offscreen platform; with DISPLAY it runs
 # on a virtual X server of its own with a window manager and a tray, with WAYLAND on a compositor of its own. With
 # SOUND it runs beside a sound server of its own and carries the label "sound". With PROCESSES it sees no process
-# but its own; as not every machine allows that, no two such tests run at a time. With WINE it has a Wine session and
-# the programs of the Windows side; where there is no Windows side it is reported as skipped.
+# but its own; on a machine that does not allow that no two such tests run at a time. With WINE it has a Wine session and
+# the programs of the Windows side, where one session serves one test at a time; where there is no Windows side it is
+# reported as skipped. With LONG it is started ahead of the others.
 function(larkspire_test name)
-  cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES;WINE" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "DISPLAY;WAYLAND;SOUND;PROCESSES;WINE;LONG" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
   larkspire_meta_objects(${name} ${ARG_SOURCES})
@@ -169,11 +179,13 @@ function(larkspire_test name)
     LABELS "${ARG_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;UBSAN_OPTIONS=print_stacktrace=1;ASAN_OPTIONS=intercept_strstr=0")
   if(ARG_PROCESSES)
-    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK processes)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK ${LARKSPIRE_ONE_PROCESS_LIST})
   endif()
   if(ARG_WINE)
     set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK wine)
-    set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77)
+    set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77 COST 100)
+  elseif(ARG_LONG)
+    set_tests_properties(${name} PROPERTIES COST 50)
   endif()
 endfunction()
 
@@ -217,8 +229,9 @@ function(larkspire_windows_test name)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT ${ARG_TIMEOUT}
     LABELS wine
-    RESOURCE_LOCK "processes;wine"
+    RESOURCE_LOCK "wine;${LARKSPIRE_ONE_PROCESS_LIST}"
     SKIP_RETURN_CODE 77
+    COST 100
     ENVIRONMENT "LC_ALL=C.UTF-8")
 endfunction()
 

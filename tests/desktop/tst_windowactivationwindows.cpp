@@ -29,8 +29,9 @@ private slots:
         m_window->setGeometry(200, 200, 400, 300);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        SetForegroundWindow(other);
-        QTRY_COMPARE(GetForegroundWindow(), other);
+        // Asked again and again: under Wine the focus that a new window gets from the window manager may come
+        // late.
+        QTRY_VERIFY((SetForegroundWindow(other), GetForegroundWindow() == other));
         QTRY_VERIFY(!m_window->isActiveWindow());
     }
 
