@@ -25,6 +25,8 @@ popup() {
 }
 popup_visible() { [ -n "$(popup)" ]; }
 popup_painted() { [ "$(import -silent -window "$(popup)" -format '%k' info: 2>/dev/null || echo 0)" -gt 20 ]; }
+# News of a run before may still be worth one.
+popup_settled() { ! popup_visible || popup_painted; }
 # An item that matches one of the demonstration account's keywords, so that a popup is due at the next tick.
 publish_keyword_item() {
     curl -sS --fail --max-time 10 -o /dev/null -H 'Content-Type: application/json' "$url/admin/news" -d '{
@@ -74,6 +76,7 @@ show_first_news() {
     say "Waiting for the first news"
     wait_until 60 or_desktop_gone news_on_screen || fail "no news on screen within 60 seconds; see $state/desktop.log and $state/service.log"
     kill -0 "$desktop" 2>/dev/null || fail "the desktop ended: $(tail -n 1 "$state/desktop.log")"
+    wait_until 5 popup_settled || fail "the popup stayed empty"
     picture=$PWD/$state/main-window.png
     import -silent -window "$(main_window)" "$picture" || fail "no picture of the window could be taken"
     say "Publishing an item that matches a keyword, and waiting for its popup"
