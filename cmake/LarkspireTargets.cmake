@@ -86,6 +86,12 @@ function(larkspire_library name)
   endif()
 endfunction()
 
+# Tests are linked some two hundred times in each configuration: with a quick linker where there is one.
+include(CheckLinkerFlag)
+if(LARKSPIRE_TESTS AND NOT WIN32)
+  check_linker_flag(CXX -fuse-ld=mold LARKSPIRE_LINKS_WITH_MOLD)
+endif()
+
 # The lock of tests that look for programs by name: where each can have a list of processes of its own it is empty.
 set(LARKSPIRE_ONE_PROCESS_LIST)
 if(LARKSPIRE_TESTS AND NOT WIN32)
@@ -140,6 +146,9 @@ function(larkspire_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE larkspire_qt_flags larkspire_test_support Qt5::Test ${ARG_LINK})
   larkspire_meta_objects(${name} ${ARG_SOURCES})
+  if(LARKSPIRE_LINKS_WITH_MOLD)
+    target_link_options(${name} PRIVATE -fuse-ld=mold)
+  endif()
   # What is tested is optimised; optimising the test itself only lengthens the build.
   target_compile_options(${name} PRIVATE -O0)
   if(LARKSPIRE_SANITIZE)
