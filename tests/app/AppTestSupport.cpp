@@ -195,13 +195,7 @@ RawAnswer ScriptedService::answer(const RawRequest &request)
                                 {QStringLiteral("email"), QStringLiteral("lark@larkspire.example")}});
     }
     if (path.endsWith("/stockhelper/config")) {
-        return RawAnswer::json({{QStringLiteral("success"), true},
-                                {QStringLiteral("data"),
-                                 QJsonObject{{QStringLiteral("tdx_offset_addr"), QStringLiteral("0x1A2B")},
-                                             {QStringLiteral("ths_offset_addr"), QStringLiteral("0x3C4D")},
-                                             {QStringLiteral("tdx_version"), QStringLiteral("V7.64")},
-                                             {QStringLiteral("ths_version"), QStringLiteral("9.40.10")},
-                                             {QStringLiteral("current_software"), QStringLiteral("ths")}}}});
+        return RawAnswer::json({{QStringLiteral("success"), true}, {QStringLiteral("data"), linkage}});
     }
     if (path.endsWith("/stockhelper/market/statistics") && !market.isEmpty())
         return RawAnswer::json(market);

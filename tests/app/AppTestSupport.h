@@ -45,6 +45,12 @@ public:
     QJsonArray news;
     /// What a tick returns.
     QJsonArray newer;
+    /// The configuration of the account's linkage.
+    QJsonObject linkage{{QStringLiteral("tdx_offset_addr"), QStringLiteral("0x1A2B")},
+                        {QStringLiteral("ths_offset_addr"), QStringLiteral("0x3C4D")},
+                        {QStringLiteral("tdx_version"), QStringLiteral("V7.64")},
+                        {QStringLiteral("ths_version"), QStringLiteral("9.40.10")},
+                        {QStringLiteral("current_software"), QStringLiteral("ths")}};
     /// When set, the answer to every news request.
     bool newsFails = false;
     RawAnswer newsFailure;

@@ -150,9 +150,11 @@ void TestLarkspireAppAccount::loginTakesOverTheLinkageOfTheAccount()
     ConfigManager::instance()->setApiServerUrl(QStringLiteral("http://127.0.0.1:1"));
     StockApiConfig::instance()->refreshFromSettings();
     StockApiConfig::instance()->setTdxOffset(QStringLiteral("0x1"));
+    // No other test's, whose answer may still be on its way.
+    m_service->linkage[QStringLiteral("tdx_offset_addr")] = QStringLiteral("0x5E6F");
     storeApiKey(m_service->url());
     LarkspireApp window;
-    QTRY_COMPARE(StockApiConfig::instance()->getTdxOffset(), QStringLiteral("0x1A2B"));
+    QTRY_COMPARE(StockApiConfig::instance()->getTdxOffset(), QStringLiteral("0x5E6F"));
     QCOMPARE(StockApiConfig::instance()->getThsOffset(), QStringLiteral("0x3C4D"));
     QCOMPARE(StockApiConfig::instance()->getTdxVersion(), QStringLiteral("V7.64"));
     QCOMPARE(StockApiConfig::instance()->getThsVersion(), QStringLiteral("9.40.10"));
